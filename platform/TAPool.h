@@ -1,0 +1,82 @@
+// TAPool<T>: per-class object pool in blocks of kSlots slots (internal).
+//
+// Bump allocation: a block hands out each slot once, in order; a released slot
+// is destroyed but never reused. A block goes back to the heap as a whole when
+// every slot it handed out has been released, which keeps allocation cheap and
+// release O(1). Each object records the block it came from (the caller stores
+// the pointer getNew gives back) and passes it to release.
+//
+// Pools are process-wide and unguarded: one thread only.
+#ifndef TA_POOL_H
+#define TA_POOL_H
+
+#include <cstddef>
+#include <new>
+#include <utility>
+
+#include "TAFatalError.h"
+
+template <class T, int kSlots = 1024>
+class TAPool {
+ public:
+  struct Block {
+    int freeCount;  // kSlots minus the slots handed out and still alive
+    int nextSlot;   // next slot never handed out
+    Block* next;
+    Block* prev;
+    alignas(T) unsigned char storage[sizeof(T) * kSlots];
+  };
+
+  // Constructs a T in the next free slot; *block receives the slot's block.
+  // Answers null only when memory runs out.
+  template <class... Args>
+  T* getNew(void** block, Args&&... args) {
+    if (!_last || _last->nextSlot >= kSlots) {
+      Block* b = static_cast<Block*>(::operator new(sizeof(Block), std::nothrow));
+      if (!b) return nullptr;
+      b->freeCount = kSlots;
+      b->nextSlot = 0;
+      b->next = nullptr;
+      b->prev = _last;
+      if (_last) _last->next = b;
+      else _first = b;
+      _last = b;
+      ++_blocks;
+    }
+    Block* b = _last;
+    void* slot = b->storage + sizeof(T) * static_cast<size_t>(b->nextSlot);
+    ++b->nextSlot;
+    --b->freeCount;
+    ++_live;
+    if (block) *block = b;
+    return new (slot) T(std::forward<Args>(args)...);
+  }
+
+  // Destroys the object and frees its block once every slot of it is dead.
+  void release(T* object, void* block) {
+    if (!object) return;
+    Block* b = static_cast<Block*>(block);
+    if (TAFatalError(!b, "TAPool::release of an object without a block")) return;
+    object->~T();
+    --_live;
+    if (++b->freeCount < kSlots) return;
+    if (b->prev) b->prev->next = b->next;
+    else _first = b->next;
+    if (b->next) b->next->prev = b->prev;
+    else _last = b->prev;
+    --_blocks;
+    ::operator delete(b);
+  }
+
+  int liveCount() const { return _live; }
+  int blockCount() const { return _blocks; }
+  static constexpr int slotsPerBlock() { return kSlots; }
+
+ private:
+  Block* _first = nullptr;
+  Block* _last = nullptr;
+  int _live = 0;
+  int _blocks = 0;
+};
+
+#endif

@@ -1,0 +1,101 @@
+#include "ZELFileBuffer.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace {
+bool gMultiThreadDisabled = false;
+}
+
+ZELFileBuffer* ZELFileBuffer::CreateFromFile(const char* fileName) {
+  ZELFileBuffer* buffer = new ZELFileBuffer();
+  buffer->_fileName = fileName ? fileName : "";
+  buffer->_fromFile = true;
+  return buffer;
+}
+
+ZELFileBuffer* ZELFileBuffer::CreateFromString(const char* text, const char* name) {
+  ZELFileBuffer* buffer = new ZELFileBuffer();
+  buffer->_fileName = name ? name : "";
+  const size_t n = text ? std::strlen(text) : 0;
+  buffer->_text = static_cast<char*>(std::malloc(n + 1));
+  if (n) std::memcpy(buffer->_text, text, n);
+  buffer->_text[n] = '\0';
+  buffer->_size = static_cast<unsigned int>(n);
+  buffer->_loaded = true;
+  return buffer;
+}
+
+ZELFileBuffer::~ZELFileBuffer() { std::free(_text); }
+
+void ZELFileBuffer::load() {
+  if (_loaded) return;
+  _loaded = true;
+  if (!_fromFile || _fileName.empty()) return;
+  FILE* file = std::fopen(_fileName.c_str(), "rb");
+  if (!file) return;
+  // Read in chunks rather than trusting a size from seek/tell: pipes and
+  // special files have none.
+  size_t capacity = 1 << 16;
+  size_t size = 0;
+  char* text = static_cast<char*>(std::malloc(capacity + 1));
+  bool failed = false;
+  for (;;) {
+    if (size == capacity) {
+      if (capacity >= std::numeric_limits<unsigned int>::max() / 2) {
+        failed = true;  // larger than a 32-bit size can describe
+        break;
+      }
+      capacity *= 2;
+      char* grown = static_cast<char*>(std::realloc(text, capacity + 1));
+      if (!grown) {
+        failed = true;
+        break;
+      }
+      text = grown;
+    }
+    const size_t got = std::fread(text + size, 1, capacity - size, file);
+    size += got;
+    if (got == 0) {
+      failed = std::ferror(file) != 0;
+      break;
+    }
+  }
+  std::fclose(file);
+  if (failed) {
+    std::free(text);
+    return;
+  }
+  text[size] = '\0';
+  _text = text;
+  _size = static_cast<unsigned int>(size);
+}
+
+const char* ZELFileBuffer::getBuffer() {
+  load();
+  return _text;
+}
+
+unsigned int ZELFileBuffer::getBufferSize() {
+  load();
+  return _size;
+}
+
+int ZELFileBuffer::isReadable() {
+  load();
+  return _text ? 1 : 0;
+}
+
+void ZELFileBuffer::destroy() { delete this; }
+
+void ZELFileBufferPool::append(ZELFileBuffer* buffer) {
+  if (!buffer) return;
+  _buffers.push_back(buffer);
+  if (!gMultiThreadDisabled) buffer->isReadable();  // read ahead, on this thread
+}
+
+void ZELFileBufferPool::disableMultiThread() { gMultiThreadDisabled = true; }
+
+int ZELFileBufferPool::isMultiThreadDisabled() { return gMultiThreadDisabled ? 1 : 0; }

@@ -1,0 +1,90 @@
+// vnxparse: command-line front end of the vnxParser library.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "CliCommand.h"
+
+CliCommand::CliCommand(int order_, const char* name_, const char* usage_, const char* help_, Run run_)
+    : order(order_), name(name_), usage(usage_), help(help_), run(run_) {
+  all().push_back(this);
+}
+
+std::vector<const CliCommand*>& CliCommand::all() {
+  static std::vector<const CliCommand*> commands;
+  return commands;
+}
+
+bool cliReadFile(const std::string& name, std::string& text) {
+  std::ifstream in(name, std::ios::binary);
+  if (in) {
+    std::ostringstream content;
+    content << in.rdbuf();
+    if (!in.bad()) {
+      text = content.str();
+      return true;
+    }
+  }
+  std::cerr << "vnxparse: cannot read " << name << "\n";
+  return false;
+}
+
+std::string cliEscape(const char* text, size_t length) {
+  std::string out;
+  out.reserve(length);
+  for (size_t i = 0; i < length; ++i) {
+    switch (text[i]) {
+      case '\\': out += "\\\\"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\t': out += "\\t"; break;
+      default: out += text[i]; break;
+    }
+  }
+  return out;
+}
+
+namespace {
+
+std::vector<const CliCommand*> sortedCommands() {
+  std::vector<const CliCommand*> commands = CliCommand::all();
+  std::sort(commands.begin(), commands.end(),
+            [](const CliCommand* a, const CliCommand* b) { return a->order < b->order; });
+  return commands;
+}
+
+void printHelp(std::ostream& out) {
+  out << "vnxparse - read C, C++ and IDL sources with the vnxParser library\n\n"
+         "Usage: vnxparse COMMAND [OPTIONS] FILE...\n"
+         "       vnxparse --help\n\nCommands:\n";
+  for (const CliCommand* c : sortedCommands()) {
+    out << "\n  " << c->usage << "\n";
+    std::istringstream lines(c->help);
+    std::string line;
+    while (std::getline(lines, line)) out << "      " << line << "\n";
+  }
+  out << "\nExit status: 0 success, 1 the library reported a failure, 2 bad usage or\n"
+         "unreadable file, 3 the syntax tree could not be built.\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) {
+    printHelp(std::cerr);
+    return kCliBadInput;
+  }
+  const std::string command = argv[1];
+  if (command == "--help" || command == "-h" || command == "help") {
+    printHelp(std::cout);
+    return kCliOk;
+  }
+  for (const CliCommand* c : CliCommand::all()) {
+    if (command == c->name) return c->run(std::vector<std::string>(argv + 2, argv + argc));
+  }
+  std::cerr << "vnxparse: unknown command '" << command << "' (see vnxparse --help)\n";
+  return kCliBadInput;
+}
