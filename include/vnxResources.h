@@ -9,18 +9,12 @@
 #include "TAFileName.h"
 #include "vnxExport.h"
 
-class vnxSymbolTable;
-class vnxDefSource;
-
 class VNX_EXPORT vnxResources {
  public:
   vnxResources& operator=(const vnxResources&) { return *this; }
 
   static TAFileName getDefaultHeaderPath();
   static void setDefaultHeader(const TAFileName& path);
-  // Hands out the loaded source of the default header, loading it once through
-  // the table; out is left untouched when it cannot be had.
-  static void getDefaultHeader(vnxSymbolTable* table, vnxDefSource*& out);
 
   // vnxOS_Buildtime, or vnxOS_Runtime when the former is unset; cached.
   static const char* getOS_Buildtime();
@@ -36,9 +30,6 @@ class VNX_EXPORT vnxResources {
   static void disableMultiThread();
   // Writes "# VNX-ERROR:   --> exiting" and ends the process with status.
   [[noreturn]] static void exitingWithSrcError(int status);
-
- protected:
-  static void loadDefaultHeader(vnxSymbolTable* table);
 };
 
 #endif

@@ -37,6 +37,10 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   // Makes its own buffer holding a copy of text; the name is "".
   vnxSourceFile(const char* text, vnxSymbolTable* table, const TAFileName& compilationUnit);
   virtual ~vnxSourceFile();
+  // A source whose preprocessed stream is text itself, no pass run: every
+  // character maps to itself and lines and columns are counted over text. For
+  // tools and tests that start from already-normalised text. Count 1.
+  static vnxSourceFile* CreateFromPreprocessedText(const char* text, const char* name);
 
   vnxSourceFile(const vnxSourceFile&) = delete;
   vnxSourceFile& operator=(const vnxSourceFile&) = delete;
@@ -106,6 +110,8 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   void buildLineAndColumnTables(const char* raw, int rawSize);
   void countLines();
   vnxZELPreproDirective* searchDefine(const char* name, TAIndex& visited);
+  vnxSourceFile* resolveIncludedSource(const char* includeName);
+  void scanRawIncludes(ZELListVal<ZELString>& out);
 
   TAFileName _compilationUnit;
   ZELFileBuffer* _fileBuffer = nullptr;
@@ -126,6 +132,10 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   ZELString _name;
   mutable ZELString _errMsg;
   vnxSymbolTable* _symbolTable = nullptr;
+  // Look-up aids kept beside the directive list: the last define of each name
+  // and the positions of the include directives.
+  struct DirectiveIndex;
+  DirectiveIndex* _directiveIndex = nullptr;
 };
 
 #endif

@@ -1,0 +1,3 @@
+#include "vnxEventGetBuffer.h"
+
+const char* vnxEventGetBuffer::isA() const { return "EventGetBuffer"; }

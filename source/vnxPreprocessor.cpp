@@ -1,0 +1,509 @@
+#include "source/vnxPreprocessor.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "TAPerfoAv.h"
+#include "ZELFileBuffer.h"
+#include "source/vnxDiag.h"
+#include "source/vnxPreproDirectiveParser.h"
+#include "vnxCComment.h"
+#include "vnxCppComment.h"
+#include "vnxDefinePreproDirectiveExpander.h"
+#include "vnxEventGetBuffer.h"
+#include "vnxPreproConditionalGroup.h"
+#include "vnxPreproDirectiveConditional.h"
+#include "vnxResources.h"
+#include "vnxSourceFile.h"
+#include "vnxSyntaxe.h"
+#include "vnxZELPreproDirective.h"
+
+namespace {
+
+// Bytes 128 to 255 are negative as signed chars and so count as blanks, as
+// control characters do: the stream is meant for ASCII code.
+inline bool isBlank(char c) { return static_cast<signed char>(c) < 33; }
+
+inline bool isAsciiAlnum(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+inline bool isWordChar(char c) { return isAsciiAlnum(c) || c == '_'; }
+
+// A blank before these is dropped.
+inline bool dropsBlankBefore(char c) { return std::strchr("(),;-}'\"*:", c) != nullptr && c != '\0'; }
+
+// No blank follows these.
+inline bool dropsBlankAfter(char c) { return std::strchr("(),;>{}\"'", c) != nullptr && c != '\0'; }
+
+inline bool endsWith(const char* out, int length, const char* word, int wordLength) {
+  return length >= wordLength && std::memcmp(out + length - wordLength, word, static_cast<size_t>(wordLength)) == 0;
+}
+
+template <class T>
+T* grow(T* buffer, int oldEntries, int newEntries) {
+  T* grown = static_cast<T*>(std::calloc(static_cast<size_t>(newEntries), sizeof(T)));
+  if (!grown) return nullptr;
+  if (buffer && oldEntries > 0) std::memcpy(grown, buffer, sizeof(T) * static_cast<size_t>(oldEntries));
+  std::free(buffer);
+  return grown;
+}
+
+}  // namespace
+
+int vnxSourceFile::preProcess() {
+  vnxPreprocessor pass(*this);
+  return pass.run();
+}
+
+vnxPreprocessor::~vnxPreprocessor() { releaseWork(); }
+
+void vnxPreprocessor::releaseWork() {
+  delete _parser;
+  _parser = nullptr;
+  delete _expander;
+  _expander = nullptr;
+  std::free(_work);
+  _work = nullptr;
+  std::free(_out);
+  _out = nullptr;
+  std::free(_map);
+  _map = nullptr;
+}
+
+int vnxPreprocessor::lineOf(int raw) const {
+  if (raw < 0 || raw >= _file._rawSize) return 1;
+  return static_cast<int>(_file._lineTable[raw]);
+}
+
+int vnxPreprocessor::colOf(int raw) const {
+  if (raw < 0 || raw >= _file._rawSize) return 1;
+  return static_cast<int>(_file._columnTable[raw]);
+}
+
+int vnxPreprocessor::run() {
+  vnxSourceFile& f = _file;
+  f._preProcessed = 1;
+  if (!f._fileBuffer) return 1;
+  const bool measuring = vnxResources::isPerfosMeasureActivated() && vnxSourceFile::perfoFile;
+  if (measuring) vnxSourceFile::perfoFile->Add(1);
+  std::free(f._preProcessedStream);
+  f._preProcessedStream = nullptr;
+  std::free(f._positionMap);
+  f._positionMap = nullptr;
+  f._preProcessedStreamSize = 0;
+
+  const char* raw = f._fileBuffer->getBuffer();
+  const int rawSize = raw ? static_cast<int>(f._fileBuffer->getBufferSize()) : 0;
+  {
+    vnxEventGetBuffer event(raw, &f);
+    f.SendCallback(&event);
+  }
+  if (!raw || rawSize == 0) {
+    f._fileBuffer->destroy();
+    f._fileBuffer = nullptr;
+    return 0;
+  }
+  if (measuring) vnxSourceFile::perfoByteRead->Add(rawSize);
+  f._rawSize = rawSize;
+  f.buildLineAndColumnTables(raw, rawSize);
+  setup(raw, rawSize);
+
+  for (int i = 0; _work[i] != '\0'; ++i) {
+    if (_regionActive && i - _delta >= _regionPosition + _regionLength) _regionActive = false;
+    advanceCursor(i - _delta);
+    char c = _work[i];
+    const int r = rawPosition(i);
+
+    if (_stringMode) {
+      emit(c, r);
+      if (c == '"') {
+        int backslashes = 0;
+        for (int k = i - 1; k > _stringStart && _work[k] == '\\'; --k) ++backslashes;
+        if (i == 0 || backslashes % 2 == 0) _stringMode = false;
+      }
+      continue;
+    }
+    if (_charMode) {
+      emit(c, r);
+      if (c == '\'' && !(i >= 1 && _work[i - 1] == '\\' && !(i >= 2 && _work[i - 2] == '\\'))) _charMode = false;
+      continue;
+    }
+
+    if (i - _delta == _cursorPosition && !_regionActive) {
+      if (tryExpand(i) == kFail) {
+        releaseWork();
+        return 1;
+      }
+      c = _work[i];
+      if (c == '\0') break;
+    }
+
+    if (c == '\n') {
+      if (last() == '\\') removeOut(_outLength - 1, 1);
+      _firstNonBlank = 0;
+    } else if (!isBlank(c) && _firstNonBlank == 0) {
+      _firstNonBlank = c;
+    }
+
+    if (_outLength > 0 && dropsBlankBefore(c) && isBlank(last())) removeOut(_outLength - 1, 1);
+
+    if (isBlank(c)) {
+      if (_outLength == 0 || isBlank(last()) || dropsBlankAfter(last())) continue;
+    }
+
+    if (c == '}' && foldNestedBlock()) continue;
+
+    if (c == '/' && (_work[i + 1] == '/' || _work[i + 1] == '*')) {
+      if (handleComment(i) == kStop) break;
+      continue;
+    }
+
+    if (c == '#' && _firstNonBlank == '#') {
+      const Next next = handleDirective(i);
+      if (next == kStop) break;
+      continue;
+    }
+
+    if (c == '"') {
+      _stringMode = true;
+      _stringStart = i;
+    } else if (c == '\'') {
+      _charMode = true;
+    } else if (c == '\\') {
+      continue;
+    }
+    emit(isBlank(c) ? ' ' : c, r);
+    removeKeywords(i, c);
+
+    const Next list = handleListMacro(i);
+    if (list == kFail) {
+      vnxdiag::error(ZELString("Missing end of '(' in ZELLISTP() or ZELLISTV() or SEQUENCE in ") + f._name);
+      f._fileBuffer->destroy();
+      f._fileBuffer = nullptr;
+      releaseWork();
+      return 1;
+    }
+  }
+
+  removeTrailingExtern();
+  finish();
+  return 0;
+}
+
+void vnxPreprocessor::setup(const char* raw, int rawSize) {
+  _workCapacity = rawSize + kGrowth + 1;
+  _work = static_cast<char*>(std::calloc(static_cast<size_t>(_workCapacity), 1));
+  std::memcpy(_work, raw, static_cast<size_t>(rawSize));
+  _workLength = rawSize;
+  _outCapacity = rawSize + kGrowth + 1;
+  _out = static_cast<char*>(std::malloc(static_cast<size_t>(_outCapacity)));
+  _map = static_cast<int*>(std::malloc(sizeof(int) * static_cast<size_t>(_outCapacity)));
+  _macros = vnxmacro::findOccurrences(raw, rawSize);
+  _macroDeleted.assign(_macros.size(), false);
+  _cursor = 0;
+  _cursorPosition = _macros.empty() ? -1 : _macros[0].position;
+  _parser = new vnxPreproDirectiveParser(&_file);
+  _expander = new vnxDefinePreproDirectiveExpander(&_file);
+}
+
+void vnxPreprocessor::finish() {
+  vnxSourceFile& f = _file;
+  delete _parser;
+  _parser = nullptr;
+  ensureOut(1);
+  _out[_outLength] = '\0';
+  f._preProcessedStreamSize = _outLength;
+  if (vnxResources::isPerfosMeasureActivated() && vnxSourceFile::perfoLineProcessed)
+    vnxSourceFile::perfoLineProcessed->Add(f._lineTable[f._rawSize - 1]);
+  // Shrink to what the stream needs; the pass's working room is released.
+  f._preProcessedStream = static_cast<char*>(std::realloc(_out, static_cast<size_t>(_outLength) + 1));
+  f._positionMap = static_cast<int*>(std::realloc(_map, sizeof(int) * (static_cast<size_t>(_outLength) + 1)));
+  _out = nullptr;
+  _map = nullptr;
+  f._positionMap[_outLength] = _outLength > 0 ? f._positionMap[_outLength - 1] : 0;
+  f.countLines();
+  f._fileBuffer->destroy();
+  f._fileBuffer = nullptr;
+  releaseWork();
+}
+
+// --- output ------------------------------------------------------------------
+
+void vnxPreprocessor::ensureOut(int extra) {
+  if (_outLength + extra < _outCapacity) return;
+  const int capacity = _outLength + extra + kGrowth + 1;
+  _out = grow(_out, _outLength, capacity);
+  _map = grow(_map, _outLength, capacity);
+  _outCapacity = capacity;
+}
+
+void vnxPreprocessor::emit(char c, int raw) {
+  ensureOut(1);
+  _out[_outLength] = c;
+  _map[_outLength] = raw;
+  ++_outLength;
+}
+
+void vnxPreprocessor::removeOut(int from, int count) {
+  if (from < 0 || count <= 0 || from + count > _outLength) return;
+  const int tail = _outLength - from - count;
+  if (tail > 0) {
+    std::memmove(_out + from, _out + from + count, static_cast<size_t>(tail));
+    std::memmove(_map + from, _map + from + count, sizeof(int) * static_cast<size_t>(tail));
+  }
+  _outLength -= count;
+}
+
+// --- macros ------------------------------------------------------------------
+
+void vnxPreprocessor::advanceCursor(int rawPos) {
+  while (_cursor < _macros.size() && (_macroDeleted[_cursor] || _macros[_cursor].position < rawPos)) ++_cursor;
+  _cursorPosition = _cursor < _macros.size() ? _macros[_cursor].position : -1;
+}
+
+bool vnxPreprocessor::growWork(int extra) {
+  // Growing in steps of kGrowth keeps the number of copies low for files
+  // with many expansions.
+  while (extra >= _headroom) {
+    const int newCapacity = _workCapacity + kGrowth;
+    char* work = grow(_work, _workCapacity, newCapacity);
+    if (!work) return false;
+    _work = work;
+    _workCapacity = newCapacity;
+    _headroom += kGrowth;
+    _growth += kGrowth;
+  }
+  ensureOut(_workLength + extra - _outLength + 1);
+  return true;
+}
+
+vnxPreprocessor::Next vnxPreprocessor::tryExpand(int& i) {
+  char* replacement = nullptr;
+  int replaced = 0;
+  const int status = _expander->expand(_work + i, replacement, replaced);
+  if (status != 0 || !replacement || replaced <= 0 || i + replaced > _workLength) {
+    std::free(replacement);
+    ++_cursor;
+    advanceCursor(i - _delta);
+    return kContinue;
+  }
+  const int length = static_cast<int>(std::strlen(replacement));
+  const int change = length - replaced;
+  if (!growWork(change)) {
+    std::free(replacement);
+    return kFail;
+  }
+  std::memmove(_work + i + length, _work + i + replaced, static_cast<size_t>(_workLength - i - replaced) + 1);
+  std::memcpy(_work + i, replacement, static_cast<size_t>(length));
+  std::free(replacement);
+  _workLength += change;
+  _regionActive = true;
+  _regionPosition = i - _delta;
+  _regionLength = replaced;
+  _delta += change;
+  _headroom -= change;
+  return kProceed;
+}
+
+// --- comments ------------------------------------------------------------------
+
+// Comments leave no trace in the stream, not even a blank: the text on both
+// sides joins.
+vnxPreprocessor::Next vnxPreprocessor::handleComment(int& i) {
+  const int r = rawPosition(i);
+  const bool block = _work[i + 1] == '*';
+  vnxComment* comment = block ? static_cast<vnxComment*>(vnxCComment::create(&_file))
+                              : static_cast<vnxComment*>(vnxCppComment::create(&_file));
+  if (!comment) return kContinue;
+  if (comment->build(_work, i, lineOf(r), colOf(r), _outLength) != 0) {
+    comment->Release();
+    return kContinue;
+  }
+  const int end = comment->getPosOfCommentCharInRawStream(comment->getCommentStringSize() - 1);
+  _file.addComment(comment);
+  if (end < i) {
+    if (block) vnxdiag::error(ZELString("File ") + _file._name + " is too long.");
+    return kContinue;
+  }
+  i = end;
+  if (_work[i] == '\0' || _work[i + 1] == '\0') return kStop;
+  return kContinue;
+}
+
+// --- directives ------------------------------------------------------------------
+
+vnxPreprocessor::Next vnxPreprocessor::handleDirective(int& i) {
+  int j = i + 1;
+  if (_work[j] == ' ') ++j;
+  if (i < _workLength - 4 && ((_work[j] == 'i' && _work[j + 1] == 'f') ||
+                              (_work[j] == 'e' && (_work[j + 1] == 'l' || _work[j + 1] == 'n')))) {
+    const Next next = handleConditionalGroup(i);
+    if (next != kProceed) return next;
+  }
+  const int r = rawPosition(i);
+  vnxZELPreproDirective* directive = _parser->parse(_work, i, lineOf(r), colOf(r), _outLength);
+  if (!directive) return kContinue;
+  const int end = directive->getPosOfPreproCharInRawStream(directive->getPreproStringSize() - 1);
+  _file.addPreproDirective(directive);
+  if (end > i) i = end;
+  // A directive that runs to the end of the text counts the NUL in its length.
+  if (i >= _workLength || _work[i + 1] == '\0') return kStop;
+  return kContinue;
+}
+
+// Keeps the selected branch of a conditional group in the working text and
+// blanks everything else of the group; the kept branch is then scanned again
+// as ordinary text, so nested groups are met in their turn.
+vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
+  const int r = rawPosition(i);
+  vnxPreproConditionalGroup* group =
+      vnxPreproConditionalGroup::create(&_file, _work, i, lineOf(r), colOf(r), _outLength);
+  if (!group) return kProceed;
+
+  vnxPreproDirectiveConditional* selected = group->getSucceedingDirective();
+  ZELListPtr<vnxPreproDirectiveConditional> directives;
+  group->getConditionalDirectives(directives);
+  for (int k = 1; k <= directives.Size(); ++k) {
+    vnxPreproDirectiveConditional* d = directives[k];
+    if (d != selected && !d->isEmptyText()) {
+      const int begin = static_cast<int>(d->getBeginTextPosInRawStream());
+      const int end = static_cast<int>(d->getEndTextPosInRawStream());
+      if (begin >= 0 && end >= begin && end < _workLength) {
+        // Dead branches are reported as comments, so checkers still see their text.
+        vnxCComment* dead = vnxCComment::create(&_file);
+        if (dead) {
+          ZELString text(_work + begin, end - begin + 1);
+          if (dead->buildFromString(text, 1, 1, 0, _outLength) == 0) _file.addComment(dead);
+          else dead->Release();
+        }
+      }
+    }
+    _file.addPreproDirective(d);  // takes over the reference the list gave
+  }
+  _file.addPreproConditionalGroup(group);
+
+  const int size = static_cast<int>(group->getInitialGroupSize());
+  int keptBegin = i + size;
+  int keptEnd = i + size - 1;
+  if (selected && !selected->isEmptyText()) {
+    keptBegin = static_cast<int>(selected->getBeginTextPosInRawStream());
+    keptEnd = static_cast<int>(selected->getEndTextPosInRawStream());
+  }
+  int groupEnd = i + size - 1;
+  if (groupEnd >= _workLength) {
+    vnxdiag::error(ZELString("Problem in processing file ") + _file._name);
+    vnxdiag::error("\tMaybe missing final newline character in file.");
+    groupEnd = _workLength - 1;
+  }
+  if (keptBegin < i) keptBegin = i;
+  if (keptEnd > groupEnd) keptEnd = groupEnd;
+  for (int k = i; k < keptBegin && k <= groupEnd; ++k) _work[k] = ' ';
+  for (int k = keptEnd + 1; k <= groupEnd; ++k) _work[k] = ' ';
+
+  // Macro names in the blanked tail are gone; those before the kept text are skipped.
+  for (size_t m = _cursor; m < _macros.size(); ++m) {
+    const int at = _macros[m].position + _delta;
+    if (at > groupEnd) break;
+    if (at > keptEnd || at < keptBegin) _macroDeleted[m] = true;
+  }
+  advanceCursor(i - _delta);
+  if (_work[i] == '\0') return kStop;
+  --i;  // the loop's step brings the scan back to i
+  return kContinue;
+}
+
+// --- stream shaping ------------------------------------------------------------------
+
+// A block whose only content is another block, "{{ ... }}", becomes one block.
+bool vnxPreprocessor::foldNestedBlock() {
+  int k = _outLength - 1;
+  while (k >= 0 && (_out[k] == ';' || isBlank(_out[k]))) --k;
+  if (k < 1 || _out[k] != '}') return false;
+  const int open = vnxSyntaxe::SearchBeginOfTAPBloc(_out, k, 0);
+  if (open <= 0 || _out[open] != '{' || _out[open - 1] != '{') return false;
+  _out[open] = ' ';
+  return true;
+}
+
+void vnxPreprocessor::removeKeywords(int i, char c) {
+  int o = _outLength;
+  if (o >= 10) {
+    const char* p = _out + o - 10;
+    if (p[0] == 'e' && p[1] == 'x' && (o == 10 || !isAsciiAlnum(_out[o - 11]))) {
+      if (std::memcmp(p, "extern\"C\"", 9) == 0) {
+        if (c == '{') {
+          const int close = vnxSyntaxe::SearchEndOfTAPBloc(_work, i, _workLength - 1, 1);
+          if (close > i) _work[close] = ' ';
+          removeOut(o - 10, 10);
+        } else {
+          removeOut(o - 10, isBlank(c) ? 10 : 9);
+        }
+      } else if (std::memcmp(p, "extern", 6) == 0 && !isAsciiAlnum(_out[o - 4])) {
+        removeOut(o - 10, _out[o - 4] == ' ' ? 7 : 6);
+      }
+    }
+  }
+  static const struct {
+    const char* word;
+    int length;
+    int minimum;
+  } kNoise[] = {
+      {"__declspec(dllimport)", 21, 21}, {"__declspec(dllexport)", 21, 21}, {"_declspec(dllimport)", 20, 20},
+      {"_declspec(dllexport)", 20, 20},  {"__stdcall", 9, 9},             {"_stdcall", 8, 9},
+      {"__cdecl", 7, 9},                 {"_cdecl", 6, 9},
+  };
+  for (const auto& noise : kNoise) {
+    o = _outLength;
+    if (o >= noise.minimum && endsWith(_out, o, noise.word, noise.length)) removeOut(o - noise.length, noise.length);
+  }
+}
+
+// ZELLISTP(T), ZELLISTV(T) and SEQUENCE(T) become the single identifier
+// "ZELLISTP_T_", so that declarations using them read as "type name".
+vnxPreprocessor::Next vnxPreprocessor::handleListMacro(int& i) {
+  if (i >= _workLength - 10) return kContinue;
+  const char* at = _work + i;
+  const bool list = std::memcmp(at, "ZELLISTP", 8) == 0 || std::memcmp(at, "ZELLISTV", 8) == 0;
+  const bool sequence = std::memcmp(at, "SEQUENCE", 8) == 0 && (i == 0 || !isWordChar(_work[i - 1]));
+  if (!list && !sequence) return kContinue;
+  int k = i + 8;
+  while (_work[k] == ' ' || _work[k] == '\t') ++k;
+  if (_work[k] != '(') return kContinue;
+  const int close = vnxSyntaxe::SearchEndOfPar(_work, k, _workLength - 1);
+  if (close <= k) return kContinue;
+  if (std::memchr(_work + k, ',', static_cast<size_t>(close - k)) != nullptr) return kContinue;
+
+  const int r = rawPosition(i);
+  int a = k + 1;
+  while (a < close && isBlank(_work[a])) ++a;
+  int argEnd = a;
+  while (argEnd < close && !isBlank(_work[argEnd])) ++argEnd;
+  int rest = argEnd;
+  while (rest < close && isBlank(_work[rest])) ++rest;
+  if (rest != close) return kFail;
+
+  removeOut(_outLength - 1, 1);  // the first letter, copied before the macro was recognised
+  ensureOut(8 + 1 + (argEnd - a) + 2);
+  for (int n = 0; n < 8; ++n) emit(at[n], r);
+  emit('_', r);
+  for (int n = a; n < argEnd; ++n) emit(_work[n], r);
+  emit('_', r);
+  emit(' ', r);
+  i = close;
+  return kContinue;
+}
+
+void vnxPreprocessor::removeTrailingExtern() {
+  if (_outLength < 10) return;
+  // "extern" ending in the last three positions or right at the end: the
+  // in-scan removal needs four characters after the word and never saw it.
+  for (int back = 0; back <= 3; ++back) {
+    const int e = _outLength - 6 - back;
+    if (_out[e] != 'e') continue;
+    if (e > 0 && isAsciiAlnum(_out[e - 1])) return;
+    if (std::memcmp(_out + e, "extern", 6) != 0) continue;
+    removeOut(e, e + 6 < _outLength && _out[e + 6] == ' ' ? 7 : 6);
+    return;
+  }
+}

@@ -1,0 +1,86 @@
+// The preprocessing pass of one source file (internal to vnxSourceFile).
+//
+// One forward scan over a working copy of the raw text writes the
+// preprocessed stream and, beside it, the raw position of every character it
+// writes. Registered macros are expanded in place inside the working copy, so
+// the scan reads their replacement as ordinary text; everything written while
+// inside an expansion maps to the position of the macro name.
+#ifndef VNX_PREPROCESSOR_H
+#define VNX_PREPROCESSOR_H
+
+#include <vector>
+
+#include "source/vnxMacroRegistry.h"
+
+class vnxSourceFile;
+class vnxPreproDirectiveParser;
+class vnxDefinePreproDirectiveExpander;
+
+class vnxPreprocessor {
+ public:
+  explicit vnxPreprocessor(vnxSourceFile& file) : _file(file) {}
+  ~vnxPreprocessor();
+  vnxPreprocessor(const vnxPreprocessor&) = delete;
+  vnxPreprocessor& operator=(const vnxPreprocessor&) = delete;
+
+  // Runs the pass; 0 on success, 1 when it aborts.
+  int run();
+
+ private:
+  enum { kGrowth = 8192 };
+
+  // What the handlers tell the scan loop.
+  enum Next { kContinue, kProceed, kStop, kFail };
+
+  void setup(const char* raw, int rawSize);
+  void finish();
+  void releaseWork();
+
+  int rawPosition(int i) const { return _regionActive ? _regionPosition : i - _delta; }
+  int lineOf(int raw) const;
+  int colOf(int raw) const;
+
+  // Output buffer and position map.
+  char last() const { return _outLength ? _out[_outLength - 1] : '\0'; }
+  void ensureOut(int extra);
+  void emit(char c, int raw);
+  void removeOut(int from, int count);
+
+  void advanceCursor(int rawPos);
+  Next tryExpand(int& i);
+  bool growWork(int extra);
+  Next handleComment(int& i);
+  Next handleDirective(int& i);
+  Next handleConditionalGroup(int& i);
+  bool foldNestedBlock();
+  void removeKeywords(int i, char c);
+  Next handleListMacro(int& i);
+  void removeTrailingExtern();
+
+  vnxSourceFile& _file;
+  char* _work = nullptr;
+  int _workLength = 0;    // characters before the working copy's NUL
+  int _workCapacity = 0;  // bytes allocated for the working copy
+  char* _out = nullptr;
+  int* _map = nullptr;
+  int _outLength = 0;
+  int _outCapacity = 0;
+  int _headroom = kGrowth;
+  int _growth = kGrowth;
+  int _delta = 0;
+  bool _regionActive = false;
+  int _regionPosition = 0;
+  int _regionLength = 0;
+  bool _stringMode = false;
+  int _stringStart = 0;
+  bool _charMode = false;
+  char _firstNonBlank = 0;
+  std::vector<vnxmacro::Occurrence> _macros;
+  std::vector<bool> _macroDeleted;
+  size_t _cursor = 0;
+  int _cursorPosition = -1;
+  vnxPreproDirectiveParser* _parser = nullptr;
+  vnxDefinePreproDirectiveExpander* _expander = nullptr;
+};
+
+#endif

@@ -1,0 +1,352 @@
+#include "vnxSourceFile.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "TAPerfoAv.h"
+#include "ZELFileBuffer.h"
+#include "source/vnxDiag.h"
+#include "source/vnxMacroRegistry.h"
+#include "vnxComment.h"
+#include "vnxPreproConditionalGroup.h"
+#include "vnxPreproDirectiveDefineSimple.h"
+#include "vnxPreproDirectiveInclude.h"
+#include "vnxResources.h"
+#include "vnxZELPreproDirective.h"
+#include "wbStream.h"
+
+TAPerfoAv* vnxSourceFile::perfoFile = nullptr;
+TAPerfoAv* vnxSourceFile::perfoByteRead = nullptr;
+TAPerfoAv* vnxSourceFile::perfoLineProcessed = nullptr;
+
+struct vnxSourceFile::DirectiveIndex {
+  std::unordered_map<std::string, int> lastDefine;  // name -> 1-based position in the list
+  std::vector<int> includes;                        // 1-based positions, ascending
+};
+
+namespace {
+
+const char kOutOfBounds[] = "vnxSourceFile::GetPos - Position out of bounds";
+
+enum { kTypeDefineSimple = 1, kTypeDefineFunction = 2, kTypeInclude = 3 };
+
+int directiveType(vnxZELPreproDirective* d) { return static_cast<int>(d->getPreproType()); }
+
+template <class T>
+void releaseAll(ZELListPtr<T>*& list) {
+  if (!list) return;
+  for (int i = 1; i <= list->Size(); ++i)
+    if (T* element = (*list)[i]) element->Release();
+  delete list;
+  list = nullptr;
+}
+
+template <class T>
+void appendWithReference(ZELListPtr<T>* list, ZELListPtr<T>& out) {
+  if (!list) return;
+  for (int i = 1; i <= list->Size(); ++i) {
+    T* element = (*list)[i];
+    if (!element) continue;
+    element->AddRef();
+    out.Append(element);
+  }
+}
+
+}  // namespace
+
+vnxSourceFile::vnxSourceFile(ZELFileBuffer* buffer, vnxSymbolTable* table, const TAFileName& compilationUnit) {
+  init(buffer, table, compilationUnit);
+}
+
+vnxSourceFile::vnxSourceFile(const char* text, vnxSymbolTable* table, const TAFileName& compilationUnit) {
+  init(ZELFileBuffer::CreateFromString(text, ""), table, compilationUnit);
+}
+
+void vnxSourceFile::init(ZELFileBuffer* buffer, vnxSymbolTable* table, const TAFileName& compilationUnit) {
+  _fileBuffer = buffer;
+  _symbolTable = table;
+  _name = buffer ? buffer->getFileName() : "";
+  _compilationUnit = compilationUnit.IsNull() ? TAFileName(_name.CastToCharPtr()) : compilationUnit;
+  if (vnxResources::isPerfosMeasureActivated() && !perfoFile) {
+    perfoByteRead = TAPerfoAv::Create("Bytes read");
+    perfoLineProcessed = TAPerfoAv::Create("Lines read");
+    perfoFile = TAPerfoAv::Create("Files read");
+  }
+}
+
+vnxSourceFile* vnxSourceFile::CreateFromPreprocessedText(const char* text, const char* name) {
+  vnxSourceFile* source = new vnxSourceFile(static_cast<ZELFileBuffer*>(nullptr), nullptr, TAFileName(name));
+  source->_name = name ? name : "";
+  source->_compilationUnit = TAFileName(name);
+  source->_preProcessed = 1;
+  const int size = text ? static_cast<int>(std::strlen(text)) : 0;
+  source->_rawSize = size;
+  source->buildLineAndColumnTables(text ? text : "", size);
+  source->_preProcessedStream = static_cast<char*>(std::malloc(static_cast<size_t>(size) + 1));
+  if (size) std::memcpy(source->_preProcessedStream, text, static_cast<size_t>(size));
+  source->_preProcessedStream[size] = '\0';
+  source->_preProcessedStreamSize = size;
+  source->_positionMap = static_cast<int*>(std::malloc(sizeof(int) * (static_cast<size_t>(size) + 1)));
+  for (int k = 0; k <= size; ++k) source->_positionMap[k] = k;
+  source->countLines();
+  return source;
+}
+
+vnxSourceFile::~vnxSourceFile() {
+  releaseAll(_commentList);
+  releaseAll(_directiveList);
+  releaseAll(_conditionalGroupList);
+  delete _directiveIndex;
+  if (_fileBuffer) _fileBuffer->destroy();
+  std::free(_searchCopy);
+  std::free(_preProcessedStream);
+  std::free(_lineTable);
+  std::free(_columnTable);
+  std::free(_positionMap);
+}
+
+// --- positions -------------------------------------------------------------
+
+void vnxSourceFile::buildLineAndColumnTables(const char* raw, int rawSize) {
+  std::free(_lineTable);
+  std::free(_columnTable);
+  const size_t entries = static_cast<size_t>(rawSize > 0 ? rawSize : 1);
+  _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
+  _columnTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
+  unsigned int line = 1;
+  unsigned int col = 1;
+  for (int k = 0; k < rawSize; ++k) {
+    _lineTable[k] = line;
+    _columnTable[k] = col;
+    if (raw[k] == '\n') {
+      ++line;
+      col = 1;
+    } else {
+      ++col;
+    }
+  }
+  if (rawSize <= 0) {
+    _lineTable[0] = 0;
+    _columnTable[0] = 0;
+  }
+}
+
+void vnxSourceFile::countLines() {
+  _nbCodeLine = 0;
+  _nbLine = 0;
+  const int size = _preProcessedStreamSize;
+  if (!_lineTable || !_positionMap || size <= 0) return;
+  auto inRaw = [this](int k) {
+    const int raw = _positionMap[k];
+    if (raw >= 0 && raw < _rawSize) return true;
+    vnxdiag::error(ZELString("Problem in processing of file ") + _name);
+    vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
+                   toString(_rawSize) + ", posInRawStream=" + toString(raw) + "]");
+    return false;
+  };
+  if (!inRaw(0)) return;
+  _nbCodeLine = _lineTable[_positionMap[0]] != 0 ? 1 : 0;
+  for (int k = 1; k < size; ++k) {
+    if (!inRaw(k)) return;
+    if (_lineTable[_positionMap[k]] > _lineTable[_positionMap[k - 1]]) ++_nbCodeLine;
+  }
+  _nbLine = static_cast<int>(_lineTable[_positionMap[size - 1]]);
+}
+
+int vnxSourceFile::GetPos(int pos, int& line, int& col) const {
+  if (!_positionMap || !_lineTable || !_columnTable) return 1;
+  if (pos < 0 || pos >= _preProcessedStreamSize || _positionMap[pos] < 0 || _positionMap[pos] >= _rawSize) {
+    _errMsg = kOutOfBounds;
+    return 1;
+  }
+  line = static_cast<int>(_lineTable[_positionMap[pos]]);
+  col = static_cast<int>(_columnTable[_positionMap[pos]]);
+  return 0;
+}
+
+int vnxSourceFile::getPosOfPreProcessedCharInRawStream(int pos) {
+  if (!_positionMap) return 1;
+  if (pos < 0 || pos >= _preProcessedStreamSize) {
+    _errMsg = kOutOfBounds;
+    return -1;
+  }
+  return _positionMap[pos];
+}
+
+vnxSyntaxePoint vnxSourceFile::GetPoint(int pos) {
+  if (!_positionMap || !_lineTable || !_columnTable) return vnxSyntaxePoint(0, 0);
+  if (pos == 0 && _preProcessedStreamSize == 0) return vnxSyntaxePoint(0, 0);
+  if (pos < 0 || pos >= _preProcessedStreamSize || _positionMap[pos] < 0 || _positionMap[pos] >= _rawSize) {
+    // A position outside the stream is a caller bug, not bad input: stop hard.
+    wbStdout << _name << " _preProcessedStreamSize : " << _preProcessedStreamSize << endl;
+    wbStdout << "    b :   " << pos << endl;
+    std::abort();
+  }
+  return vnxSyntaxePoint(static_cast<int>(_lineTable[_positionMap[pos]]),
+                         static_cast<int>(_columnTable[_positionMap[pos]]));
+}
+
+// --- comments, directives, groups -------------------------------------------
+
+void vnxSourceFile::getCommentList(ZELListPtr<vnxComment>& out) { appendWithReference(_commentList, out); }
+
+void vnxSourceFile::getPreproDirectiveList(ZELListPtr<vnxZELPreproDirective>& out) {
+  appendWithReference(_directiveList, out);
+}
+
+void vnxSourceFile::getPreproConditionalGroupList(ZELListPtr<vnxPreproConditionalGroup>& out) {
+  appendWithReference(_conditionalGroupList, out);
+}
+
+void vnxSourceFile::addComment(vnxComment* comment) {
+  if (!comment) return;
+  if (!_commentList) _commentList = new ZELListPtr<vnxComment>();
+  const int position = comment->getPosOfCommentCharInRawStream(0);
+  // Comments mostly arrive in order: the search from the end stops at once.
+  int after = _commentList->Size();
+  while (after >= 1 && (*_commentList)[after]->getPosOfCommentCharInRawStream(0) > position) --after;
+  _commentList->InsertAt(after + 1, comment);
+}
+
+void vnxSourceFile::addPreproDirective(vnxZELPreproDirective* directive) {
+  if (!directive) return;
+  if (!_directiveList) _directiveList = new ZELListPtr<vnxZELPreproDirective>();
+  if (!_directiveIndex) _directiveIndex = new DirectiveIndex();
+  _directiveList->Append(directive);
+  const int position = _directiveList->Size();
+  const int type = directiveType(directive);
+  if (type == kTypeDefineSimple || type == kTypeDefineFunction) {
+    const char* name = static_cast<vnxPreproDirectiveDefineSimple*>(directive)->getDefinedIdentifier();
+    if (name) _directiveIndex->lastDefine[name] = position;
+  } else if (type == kTypeInclude) {
+    _directiveIndex->includes.push_back(position);
+  }
+}
+
+void vnxSourceFile::addPreproConditionalGroup(vnxPreproConditionalGroup* group) {
+  if (!group) return;
+  if (!_conditionalGroupList) _conditionalGroupList = new ZELListPtr<vnxPreproConditionalGroup>();
+  _conditionalGroupList->Append(group);
+}
+
+// --- define look-up ----------------------------------------------------------
+
+vnxZELPreproDirective* vnxSourceFile::getDefineDirective(const char* name) {
+  if (!name || !*name) return nullptr;
+  TAIndex visited;
+  visited.Append(_name, nullptr);
+  return searchDefine(name, visited);
+}
+
+// Walking the directives from the last to the first, the first define of the
+// name or the first include whose file defines it wins: so only includes that
+// come after this file's last define of the name can hide it.
+vnxZELPreproDirective* vnxSourceFile::searchDefine(const char* name, TAIndex& visited) {
+  if (!_directiveList || !_directiveIndex) return nullptr;
+  const auto local = _directiveIndex->lastDefine.find(name);
+  const int localPosition = local == _directiveIndex->lastDefine.end() ? 0 : local->second;
+  const std::vector<int>& includes = _directiveIndex->includes;
+  for (auto it = includes.rbegin(); it != includes.rend() && *it > localPosition; ++it) {
+    auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[*it]);
+    const char* includeName = include->getIncludeString();
+    if (!includeName || visited.IsIn(includeName) >= 0) continue;
+    visited.Append(includeName, nullptr);
+    if (vnxSourceFile* included = resolveIncludedSource(includeName)) {
+      if (vnxZELPreproDirective* found = included->searchDefine(name, visited)) return found;
+    }
+  }
+  return localPosition ? (*_directiveList)[localPosition] : nullptr;
+}
+
+// Included files are reached through the symbol table that loaded this file;
+// a source on its own has none, and its look-up stays inside the file.
+vnxSourceFile* vnxSourceFile::resolveIncludedSource(const char* /*includeName*/) { return nullptr; }
+
+// --- macro registry ----------------------------------------------------------
+
+void vnxSourceFile::addMacroToExpand(const char* name) { vnxmacro::add(name); }
+
+void vnxSourceFile::getMacrosToExpand(TAIndex& out) { vnxmacro::names(out); }
+
+void vnxSourceFile::addMacroWithSemicolon(ZELListVal<ZELString>* list) { vnxmacro::setMacrosWithSemicolon(list); }
+
+void vnxSourceFile::getMacroWithSemicolon(ZELListVal<ZELString>& out) {
+  if (ZELListVal<ZELString>* list = vnxmacro::macrosWithSemicolon()) out.Append(*list);
+}
+
+// --- include list ------------------------------------------------------------
+
+void vnxSourceFile::getIncludeList(ZELListVal<ZELString>& out) {
+  if (!_preProcessed) {
+    scanRawIncludes(out);
+    return;
+  }
+  if (!_directiveList || !_directiveIndex) return;
+  for (int position : _directiveIndex->includes) {
+    auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[position]);
+    if (const char* name = include->getIncludeString()) out.Append(name);
+  }
+}
+
+// Finds "#include" lines in the raw text before any pass has run, so that the
+// loader can load a file's includes first. Only a '#' that opens its line and
+// does not stand inside a block comment counts.
+void vnxSourceFile::scanRawIncludes(ZELListVal<ZELString>& out) {
+  if (!_fileBuffer) return;
+  const char* text = _fileBuffer->getBuffer();
+  const int size = static_cast<int>(_fileBuffer->getBufferSize());
+  if (!text || size <= 0) return;
+
+  int commentScan = 0;  // text before this offset has been scanned for comment state
+  bool inComment = false;
+  auto insideBlockComment = [&](int upTo) {
+    while (commentScan < upTo) {
+      if (!inComment && text[commentScan] == '/' && commentScan + 1 < upTo && text[commentScan + 1] == '*') {
+        inComment = true;
+        commentScan += 2;
+      } else if (inComment && text[commentScan] == '*' && commentScan + 1 < upTo && text[commentScan + 1] == '/') {
+        inComment = false;
+        commentScan += 2;
+      } else {
+        ++commentScan;
+      }
+    }
+    return inComment;
+  };
+
+  vnxmacro::searchAll(vnxmacro::includePattern(), text, size, false, [&](int pos) {
+    int k = pos - 1;
+    while (k >= 0 && (text[k] == ' ' || text[k] == '\t')) --k;
+    if (k < 0 || text[k] != '#') return;
+    const int hash = k;
+    --k;
+    while (k >= 0 && (text[k] == ' ' || text[k] == '\t')) --k;
+    if (k >= 0 && text[k] != '\n') return;
+    if (insideBlockComment(hash)) return;
+
+    int i = pos + 7;
+    for (;;) {
+      while (i < size && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' || text[i] == '\r')) ++i;
+      if (i + 1 < size && text[i] == '/' && text[i + 1] == '*') {
+        const char* end = static_cast<const char*>(std::memchr(text + i + 2, '*', static_cast<size_t>(size - i - 2)));
+        while (end && !(end + 1 < text + size && end[1] == '/'))
+          end = static_cast<const char*>(std::memchr(end + 1, '*', static_cast<size_t>(text + size - end - 1)));
+        if (!end) return;
+        i = static_cast<int>(end - text) + 2;
+        continue;
+      }
+      break;
+    }
+    if (i >= size || (text[i] != '"' && text[i] != '<')) return;
+    const char closer = text[i] == '"' ? '"' : '>';
+    const int begin = i + 1;
+    const char* end = static_cast<const char*>(std::memchr(text + begin, closer, static_cast<size_t>(size - begin)));
+    if (!end) return;
+    const int length = static_cast<int>(end - (text + begin));
+    if (length >= 4096) return;
+    out.Append(ZELString(text + begin, length));
+  });
+}

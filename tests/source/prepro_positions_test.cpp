@@ -1,0 +1,149 @@
+// Every preprocessed character maps back to the raw character it came from:
+// checked as a property over the sample workspace and over synthetic text
+// heavy in comments, directives, continuations and expansions.
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <string>
+#include <vector>
+
+#include "TestSupport.h"
+#include "ZELFileBuffer.h"
+#include "vnxSourceFile.h"
+
+namespace {
+
+void listFiles(const std::string& dir, std::vector<std::string>& out) {
+  DIR* d = opendir(dir.c_str());
+  if (!d) return;
+  while (dirent* e = readdir(d)) {
+    const std::string name = e->d_name;
+    if (name == "." || name == "..") continue;
+    const std::string path = dir + "/" + name;
+    if (e->d_type == DT_DIR) listFiles(path, out);
+    else out.push_back(path);
+  }
+  closedir(d);
+}
+
+// Checks the map of one preprocessed text against its raw text. Characters
+// written by a list-macro fold or an expansion map to the first character of
+// the macro name; every other character maps to itself.
+void checkPositions(const std::string& raw, vnxSourceFile& source, const std::string& label) {
+  const char* stream = source.GetStream();
+  ASSERT_NE(nullptr, stream) << label;
+  // Independent line and column count over the raw text.
+  std::vector<int> lines(raw.size()), cols(raw.size());
+  int line = 1, col = 1;
+  for (size_t k = 0; k < raw.size(); ++k) {
+    lines[k] = line;
+    cols[k] = col;
+    if (raw[k] == '\n') { ++line; col = 1; } else { ++col; }
+  }
+  int previous = -1;
+  for (int k = 0; k < source.GetSize(); ++k) {
+    const int r = source.getPosOfPreProcessedCharInRawStream(k);
+    ASSERT_GE(r, 0) << label << " at " << k;
+    ASSERT_LT(r, static_cast<int>(raw.size())) << label << " at " << k;
+    EXPECT_GE(r, previous) << label << ": map goes backwards at " << k;
+    previous = r;
+    const char c = stream[k];
+    // A blank may also stand for a blanked dead branch or a folded brace.
+    const bool same = c == raw[static_cast<size_t>(r)] || c == ' ';
+    const bool macroStart = raw.compare(static_cast<size_t>(r), 8, "ZELLISTP") == 0 ||
+                            raw.compare(static_cast<size_t>(r), 8, "ZELLISTV") == 0 ||
+                            raw.compare(static_cast<size_t>(r), 8, "SEQUENCE") == 0 ||
+                            raw.compare(static_cast<size_t>(r), 4, "EXP_") == 0;
+    EXPECT_TRUE(same || macroStart) << label << ": stream[" << k << "]='" << c << "' maps to raw[" << r << "]='"
+                                    << raw[static_cast<size_t>(r)] << "'";
+    int l = 0, cc = 0;
+    ASSERT_EQ(0, source.GetPos(k, l, cc));
+    EXPECT_EQ(lines[static_cast<size_t>(r)], l) << label << " at " << k;
+    EXPECT_EQ(cols[static_cast<size_t>(r)], cc) << label << " at " << k;
+    const vnxSyntaxePoint point = source.GetPoint(k);
+    EXPECT_EQ(l, point.GetLine());
+    EXPECT_EQ(cc, point.GetCol());
+  }
+}
+
+void checkText(const std::string& raw, const std::string& label) {
+  StreamCapture quiet;
+  vnxSourceFile* source = new vnxSourceFile(ZELFileBuffer::CreateFromString(raw.c_str(), label.c_str()), nullptr,
+                                            TAFileName());
+  const int status = source->preProcess();
+  if (status == 0) checkPositions(raw.substr(0, std::string(raw.c_str()).size()), *source, label);
+  source->Release();
+}
+
+TEST(PreproPositions, MapEveryCharacterOfTheSampleWorkspaceBack) {
+  std::vector<std::string> files;
+  listFiles(VNX_EXAMPLES_DIR, files);
+  ASSERT_FALSE(files.empty());
+  for (const std::string& file : files) checkText(readTextFile(file), file);
+}
+
+TEST(PreproPositions, MapThroughSqueezingCommentsAndBlankedBranches) {
+  std::string text;
+  for (int i = 0; i < 200; ++i) {
+    text += "/* block " + std::to_string(i) + "\n   spans lines */ int  v" + std::to_string(i) + " = ( a , b ) ;\n";
+    text += "#if 0\n  dead" + std::to_string(i) + ";\n#else\n\tlive ( x ) ;   // tail\n#endif\n";
+    text += "extern \"C\" { void f" + std::to_string(i) + "(); }\r\n";
+    text += "#define M" + std::to_string(i) + " \\\n   continued\n";
+    text += "ZELLISTP(T" + std::to_string(i) + ") list;   SEQUENCE(a,b) s;\n";
+    text += "char* s = \"  kept  \" ; char c = '\\'' ;\n";
+  }
+  checkText(text, "synthetic.h");
+}
+
+TEST(PreproPositions, ExpandedTextMapsToTheMacroName) {
+  vnxSourceFile::addMacroToExpand("EXP_ONE");
+  vnxSourceFile::addMacroToExpand("EXP_TWICE");
+  std::string text = "#define EXP_ONE 1 + 1\n#define EXP_TWICE(x) ((x) * 2)\n";
+  for (int i = 0; i < 50; ++i) text += "int a" + std::to_string(i) + " = EXP_ONE ; int b = EXP_TWICE( EXP_ONE );\n";
+  checkText(text, "expand.h");
+
+  StreamCapture quiet;
+  vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  const std::string stream = source->GetStream();
+  EXPECT_EQ(std::string::npos, stream.find("EXP_")) << stream.substr(0, 200);
+  EXPECT_NE(std::string::npos, stream.find("int a0 = 1 + 1;")) << stream.substr(0, 200);
+  source->Release();
+}
+
+TEST(PreproPositions, OutOfRangeQueriesFailWithTheMessage) {
+  vnxSourceFile* source = new vnxSourceFile("int a;\nint b;\n", nullptr, TAFileName());
+  int line = 0, col = 0;
+  EXPECT_EQ(1, source->GetPos(0, line, col)) << "no tables before the pass";
+  EXPECT_EQ(1, source->getPosOfPreProcessedCharInRawStream(0)) << "a missing map answers 1";
+  EXPECT_EQ(0, source->GetPoint(0).GetLine());
+  ASSERT_EQ(0, source->preProcess());
+  for (int bad : {-1, source->GetSize()}) {
+    EXPECT_EQ(1, source->GetPos(bad, line, col));
+    EXPECT_STREQ("vnxSourceFile::GetPos - Position out of bounds", source->GetErrMsg());
+    EXPECT_EQ(-1, source->getPosOfPreProcessedCharInRawStream(bad));
+  }
+  ASSERT_EQ(0, source->GetPos(6, line, col));
+  EXPECT_EQ(2, line);
+  EXPECT_EQ(1, col);
+  source->Release();
+}
+
+TEST(PreproPositions, EmptyStreamAnswersTheNullPoint) {
+  vnxSourceFile* source = new vnxSourceFile("/* only a comment */\n", nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  EXPECT_EQ(0, source->GetSize());
+  EXPECT_EQ(0, source->GetPoint(0).GetLine());
+  EXPECT_EQ(0, source->GetPoint(0).GetCol());
+  source->Release();
+}
+
+TEST(PreproPositionsDeathTest, PointOutsideTheStreamStopsTheProcess) {
+  vnxSourceFile* source = new vnxSourceFile("int a;", nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  EXPECT_DEATH(source->GetPoint(source->GetSize()), "");
+  source->Release();
+}
+
+}  // namespace
