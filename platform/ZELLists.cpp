@@ -64,7 +64,25 @@ void ZELRawCollPV::RemoveAll(ZELCollec::MemoryHandling handling) {
 
 void ZELRawCollPV::QuickSort(CompareFunction compare) {
   if (!compare || _items.size() < 2) return;
-  // std::sort is an introsort: a quick sort that cannot degrade to quadratic time.
-  std::sort(_items.begin(), _items.end(),
-            [compare](const void* a, const void* b) { return compare(a, b) < 0; });
+  // A bottom-up merge sort rather than std::sort: O(n log n) on any input,
+  // and every loop is bounded by the ranges alone. std::sort walks off the
+  // array when a caller's compare function is not a consistent order (say,
+  // one that answers -1 for equal elements); here such a function only gives
+  // an odd order.
+  const size_t n = _items.size();
+  std::vector<void*> scratch(n);
+  std::vector<void*>* from = &_items;
+  std::vector<void*>* to = &scratch;
+  for (size_t width = 1; width < n; width *= 2) {
+    for (size_t lo = 0; lo < n; lo += 2 * width) {
+      const size_t mid = std::min(lo + width, n);
+      const size_t hi = std::min(lo + 2 * width, n);
+      size_t i = lo, j = mid, k = lo;
+      while (i < mid && j < hi) (*to)[k++] = compare((*from)[j], (*from)[i]) < 0 ? (*from)[j++] : (*from)[i++];
+      while (i < mid) (*to)[k++] = (*from)[i++];
+      while (j < hi) (*to)[k++] = (*from)[j++];
+    }
+    std::swap(from, to);
+  }
+  if (from != &_items) _items.swap(scratch);
 }

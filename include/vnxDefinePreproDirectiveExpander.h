@@ -1,0 +1,78 @@
+// vnxDefinePreproDirectiveExpander: expands one registered macro of a source
+// file at a time, the way the preprocessing pass asks for it. Given the text
+// at a macro name, it finds the name's #define through the file's define
+// look-up and builds the replacement: the replacement tokens joined by single
+// blanks, parameters replaced by their (expanded) arguments, '#' stringizing,
+// '##' pasting, and registered macros inside expanded in turn. Only macros of
+// the process-wide registry (vnxSourceFile::addMacroToExpand) expand, and a
+// macro never expands inside its own expansion.
+//
+// The expander copies the registry when it is constructed (one expander per
+// file per pass) and borrows the source file, which must outlive it. Every
+// expansion is bounded in nesting depth, argument re-expansion passes and
+// output size; past a bound it fails and leaves the text alone.
+#ifndef VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
+#define VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
+
+#include <string>
+
+#include "TAIndex.h"
+#include "vnxExport.h"
+
+class vnxSourceFile;
+class vnxZELPreproDirective;
+class vnxPreproDirectiveDefineSimple;
+class vnxPreproDirectiveDefineFunction;
+
+class VNX_EXPORT vnxDefinePreproDirectiveExpander {
+ public:
+  // Limits of one expansion.
+  enum {
+    kMaxDepth = 64,                     // macros expanded inside one another
+    kMaxArgumentPasses = 16,            // re-expansion passes over one argument
+    kMaxOutputSize = 16 * 1024 * 1024,  // characters of any replacement
+    kMaxWork = 64 * 1024 * 1024         // characters produced in all, nested levels included
+  };
+
+  explicit vnxDefinePreproDirectiveExpander(vnxSourceFile* source);
+  ~vnxDefinePreproDirectiveExpander();
+  vnxDefinePreproDirectiveExpander(const vnxDefinePreproDirectiveExpander&) = delete;
+  vnxDefinePreproDirectiveExpander& operator=(const vnxDefinePreproDirectiveExpander&) = delete;
+
+  // text points at a macro name inside a NUL-terminated text. Answers 0 with
+  // replacement set to a malloc'ed, NUL-terminated replacement (the caller
+  // frees it with free()) and replacedLength to the characters of text it
+  // stands for: the name, and for a function-like macro the whole argument
+  // list up to its ')'. Answers 1 when the name cannot be expanded here (not
+  // a registered macro, being expanded already, no define, a function-like
+  // macro without its argument list or with more arguments than parameters,
+  // a bound reached): replacement is then null and replacedLength 0.
+  int expand(const char* text, char*& replacement, int& replacedLength);
+
+ private:
+  enum Status { kExpanded, kNotExpanded, kAbort };
+  struct Argument;
+
+  Status expandLocal(const char* text, int depth, std::string& out, int& replacedLength);
+  Status expandObject(vnxPreproDirectiveDefineSimple* define, std::string& body);
+  Status expandFunction(vnxPreproDirectiveDefineFunction* define, const char* text, int nameLength, int depth,
+                        std::string& body, int& replacedLength);
+  Status expandText(const char* text, int depth, std::string& out, int& replacements);
+  Status expandArgument(Argument& argument, int depth);
+  bool append(std::string& out, const char* text, size_t length);
+
+  // Position of name in the registry copy when it may expand now, else -1.
+  int activePosition(const char* name, size_t length);
+  void setActive(int position, bool active);
+
+  vnxSourceFile* _source;
+  // The registry copy; an entry's value is non-null while its macro is being
+  // expanded (it is out of the set for that time).
+  TAIndex _macros;
+  size_t _shortestName = 0;
+  size_t _longestName = 0;
+  std::string _nameScratch;
+  long long _work = 0;
+};
+
+#endif

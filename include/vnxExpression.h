@@ -1,0 +1,104 @@
+// vnxExpression: an operand, condition or declaration split at its weakest
+// operator (node type 4).
+//
+// Build splits the node's text at the operator of highest level into operand
+// expressions, down to single words, and names what it found with a short
+// operator text ("+", "=", "->"...) or a marker ("mt" call, "id" word, "dc"
+// words without operator, "ct" cast, "in" index, "st" literal, "nw" new, "mc"
+// malloc, "cc" calloc). It knows no grammar of declarations and checks no
+// types. Nodes come from the expression pool, reference-counted like every
+// node. Not thread-safe (pool and ErrMsg are shared).
+#ifndef VNX_EXPRESSION_H
+#define VNX_EXPRESSION_H
+
+#include "vnxExport.h"
+#include "vnxSyntaxe.h"
+
+template <class T, int kSlots>
+class TAPool;
+
+class VNX_EXPORT vnxExpression : public vnxSyntaxe {
+ public:
+  // A node of type 4 with an empty operator text under father, not yet
+  // appended. A null father gives an unplaced, sourceless node; null only
+  // when memory runs out.
+  static vnxExpression* CreateTAPExpression(vnxSyntaxe* father, int begin, int size, int posInFather);
+
+  // Trims the node to its text without outer blanks and parentheses, sets the
+  // operator text and builds the operands (flag is not used). 0, or 1 with
+  // ErrMsg set ("Missing )", "Missing ]" or the depth message); operands built
+  // before a failure stay attached.
+  int Build(int flag) override;
+  // The operator text: up to three characters, NUL-terminated, "" before Build
+  // or for an empty expression. Never null.
+  const char* GetOperator() const override { return _operator; }
+
+  // Offset in text of the operator at which [begin, end) splits (end is one
+  // past the last character), its length in length; -1 when there is none or
+  // a closing quote or bracket has no opening one. The level of ':' depends on
+  // this node's father (level 165 under a "?").
+  int SearchOperator(const char* text, int begin, int end, int& length);
+  // Former name, kept for old callers: the same as SearchOperator.
+  int SearchOperator_old(const char* text, int begin, int end, int& length);
+  // Level of an operator text (10 "::" up to 180 "," and 190 ";", which
+  // separates the parts of a for header); 0 for anything else.
+  // ':' answers 150; the search raises it to 165 under a "?".
+  static int GetOperatorLevel(const char* op);
+
+  // Expressions alive, and blocks held, in the expression pool.
+  static int GetPoolLiveCount();
+  static int GetPoolBlockCount();
+
+ protected:
+  void Reset() override;
+  void ReturnToPool() override;
+
+ private:
+  template <class T, int kSlots>
+  friend class TAPool;
+
+  // Where a text splits: the operator's offset, length and level, and the
+  // next operator of the same level further left (nextPos -1 when there is
+  // none or the level does not chain). A left-associative chain a+b+c+...
+  // hands nextPos down to its left operand, which then splits there without
+  // scanning its whole text again. A prefix chain !!!a or ----b hands down
+  // `leading`: an operator of the same level opening the operand is its split.
+  struct Split {
+    int pos = -1;
+    int length = 0;
+    int level = 0;
+    int nextPos = -1;
+    int nextLength = 0;
+    bool leading = false;
+  };
+
+  vnxExpression() = default;
+  ~vnxExpression() override = default;
+
+  // The split of [begin, end): the full right-to-left scan. 0, or -1 when a
+  // closing quote or bracket has no opening one (split.pos is then -1).
+  int findSplit(const char* s, int begin, int end, Split& split) const;
+  // The split of a left operand that starts at begin: the father's next
+  // operator (hint.nextPos), and the one of the same level before it.
+  void chainSplit(const char* s, int begin, const Split& hint, Split& split) const;
+  // The split at begin when an operator of hint's level opens [begin, end);
+  // false (split untouched) otherwise.
+  bool leadingSplit(const char* s, int begin, int end, const Split& hint, Split& split) const;
+  // Build with the split handed down by the father, when there is one.
+  int buildWith(const Split* hint);
+  // Trims blanks and outer parentheses off the node: 1, 0 when nothing is
+  // left, -1 (ErrMsg set) when the parentheses nest too deep.
+  int narrow(const char* s);
+  int buildOperands(const char* s, const Split& split);
+  int buildWithoutOperator(const char* s);
+  int buildCall(const char* marker, int open, int close);
+  // A child over [from, to): an expression built with hint, or a SyntaxeNULL
+  // when the text is empty (size 0) or a lone ';' (size 1).
+  int addOperand(int from, int to, const Split* hint);
+  void addLeaf(int type, int begin, int size);
+  void setOperator(const char* text, int length);
+
+  char _operator[4] = {0, 0, 0, 0};
+};
+
+#endif

@@ -1,0 +1,220 @@
+#include "vnxComment.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "TAFatalError.h"
+#include "TAPerfoAv.h"
+#include "platform/TAPool.h"
+#include "source/vnxCommentScan.h"
+#include "vnxCComment.h"
+#include "vnxCppComment.h"
+#include "vnxResources.h"
+
+namespace {
+
+TAPool<vnxCComment> gBlockCommentPool;
+TAPool<vnxCppComment> gLineCommentPool;
+
+// Counters kept while performance measuring is on: one sample per comment
+// built from the text, and its length in bytes.
+struct CommentCounters {
+  TAPerfoAv* comments;
+  TAPerfoAv* bytes;
+};
+
+CommentCounters* countersFor(int lineComment) {
+  static CommentCounters block = {nullptr, nullptr};
+  static CommentCounters line = {nullptr, nullptr};
+  if (!vnxResources::isPerfosMeasureActivated()) return nullptr;
+  CommentCounters& c = lineComment ? line : block;
+  if (!c.comments) {
+    c.comments = TAPerfoAv::Create(lineComment ? "Line comments read" : "Block comments read");
+    c.bytes = TAPerfoAv::Create(lineComment ? "Line comment bytes read" : "Block comment bytes read");
+  }
+  return &c;
+}
+
+void countComment(int lineComment, int size) {
+  CommentCounters* c = countersFor(lineComment);
+  if (!c) return;
+  c->comments->Add(1);
+  c->bytes->Add(size);
+}
+
+bool badPlace(const char* text, int pos, int line, int col, int outPos) {
+  return !text || pos < 0 || line < 1 || col < 1 || outPos < 0;
+}
+
+// Walks text from pos to last (inclusive, last >= pos - 1) counting lines and
+// columns from (line, col); answers the place of the last character.
+void placeOfLast(const char* text, int pos, int last, unsigned int& line, unsigned int& col) {
+  if (last < pos) return;
+  for (int k = pos; k < last; ++k) vnxscan::stepPosition(text[k], line, col);
+}
+
+// End of a block comment opened at pos: the first '/' after a '*' that stands
+// more than two characters after pos; the last character before the NUL when
+// there is none.
+int blockCommentEnd(const char* text, int pos) {
+  int k = pos;
+  while (text[k] != '\0') {
+    if (text[k] == '/' && k > pos + 2 && text[k - 1] == '*') return k;
+    ++k;
+  }
+  return k - 1;
+}
+
+// End of a line comment opened at pos: the character before the first newline
+// that no backslash precedes, or the last character of the text.
+int lineCommentEnd(const char* text, int pos) {
+  int k = pos;
+  while (text[k] != '\0') {
+    if (text[k] == '\n' && !(k > pos && text[k - 1] == '\\')) return k - 1;
+    ++k;
+  }
+  return k - 1;
+}
+
+}  // namespace
+
+// --- base ---------------------------------------------------------------------
+
+vnxComment::~vnxComment() { resetComment(); }
+
+int vnxComment::AddRef() {
+  if (TAFatalError(_refCount <= 0, "vnxComment::AddRef on a released comment")) return _refCount;
+  return ++_refCount;
+}
+
+// The kind is known from the line-comment flag, which saves a virtual call on
+// the hottest release path.
+int vnxComment::Release() {
+  if (TAFatalError(_refCount <= 0, "vnxComment::Release on a released comment")) return -1;
+  if (--_refCount > 0) return _refCount;
+  if (_lineComment) gLineCommentPool.release(static_cast<vnxCppComment*>(this), _poolBlock);
+  else gBlockCommentPool.release(static_cast<vnxCComment*>(this), _poolBlock);
+  return 0;
+}
+
+void vnxComment::resetComment() {
+  std::free(_commentString);
+  std::free(_lineTable);
+  std::free(_colTable);
+  _commentString = nullptr;
+  _commentStringSize = 0;
+  _lineTable = nullptr;
+  _colTable = nullptr;
+  _outputPosition = 0;
+  _beginLine = _beginCol = 0;
+  _beginPos = 0;
+  _endLine = _endCol = 0;
+}
+
+int vnxComment::record(const char* text, int pos, int size, int line, int col, unsigned int endLine,
+                       unsigned int endCol, int outPos) {
+  resetComment();
+  char* copy = static_cast<char*>(std::malloc(static_cast<size_t>(size) + 1));
+  if (!copy) return 1;
+  if (size > 0) std::memcpy(copy, text + pos, static_cast<size_t>(size));
+  copy[size] = '\0';
+  _commentString = copy;
+  _commentStringSize = size;
+  _beginLine = static_cast<unsigned int>(line);
+  _beginCol = static_cast<unsigned int>(col);
+  _beginPos = pos;
+  _endLine = endLine;
+  _endCol = endCol;
+  _outputPosition = outPos;
+  return 0;
+}
+
+int vnxComment::buildFromString(const char* string, int line, int col, int pos, int outPos) {
+  if (badPlace(string, pos, line, col, outPos) || string[0] == '\0') return 1;
+  const int size = static_cast<int>(std::strlen(string));
+  unsigned int endLine = static_cast<unsigned int>(line);
+  unsigned int endCol = static_cast<unsigned int>(col);
+  placeOfLast(string, 0, size - 1, endLine, endCol);
+  if (record(string, 0, size, line, col, endLine, endCol, outPos) != 0) return 1;
+  _beginPos = pos;
+  return 0;
+}
+
+void vnxComment::internalComputeLineOfCommentCharInRawStream() {
+  if (_lineTable || !_commentString || _commentStringSize <= 0) return;
+  _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_commentStringSize)));
+  if (_lineTable) vnxscan::fillLineTable(_commentString, _commentStringSize, _beginLine, _lineTable);
+}
+
+void vnxComment::internalComputeColOfCommentCharInRawStream() {
+  if (_colTable || !_commentString || _commentStringSize <= 0) return;
+  _colTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_commentStringSize)));
+  if (_colTable) vnxscan::fillColumnTable(_commentString, _commentStringSize, _beginCol, _colTable);
+}
+
+unsigned int vnxComment::getLineOfCommentCharInRawStream(int k) {
+  if (k < 0 || k > _commentStringSize - 1) return static_cast<unsigned int>(-1);
+  if (k == 0) return _beginLine;
+  if (k == _commentStringSize - 1) return _endLine;
+  internalComputeLineOfCommentCharInRawStream();
+  return _lineTable ? _lineTable[k] : static_cast<unsigned int>(-1);
+}
+
+unsigned int vnxComment::getColOfCommentCharInRawStream(int k) {
+  if (k < 0 || k > _commentStringSize - 1) return static_cast<unsigned int>(-1);
+  if (k == 0) return _beginCol;
+  if (k == _commentStringSize - 1) return _endCol;
+  internalComputeColOfCommentCharInRawStream();
+  return _colTable ? _colTable[k] : static_cast<unsigned int>(-1);
+}
+
+int vnxComment::getPosOfCommentCharInRawStream(int k) const {
+  if (k < 0 || k > _commentStringSize - 1) return -1;
+  return _beginPos + k;
+}
+
+// --- block comments -------------------------------------------------------------
+
+vnxCComment* vnxCComment::create(vnxSourceFile* source) {
+  void* block = nullptr;
+  vnxCComment* comment = gBlockCommentPool.getNew(&block, source);
+  if (comment) comment->_poolBlock = block;
+  return comment;
+}
+
+int vnxCComment::getPoolLiveCount() { return gBlockCommentPool.liveCount(); }
+int vnxCComment::getPoolBlockCount() { return gBlockCommentPool.blockCount(); }
+
+int vnxCComment::build(const char* text, int pos, int line, int col, int outPos) {
+  if (badPlace(text, pos, line, col, outPos)) return 1;
+  const int last = blockCommentEnd(text, pos);
+  unsigned int endLine = static_cast<unsigned int>(line);
+  unsigned int endCol = static_cast<unsigned int>(col);
+  placeOfLast(text, pos, last, endLine, endCol);
+  if (record(text, pos, last - pos + 1, line, col, endLine, endCol, outPos) != 0) return 1;
+  countComment(0, _commentStringSize);
+  return 0;
+}
+
+// --- line comments --------------------------------------------------------------
+
+vnxCppComment* vnxCppComment::create(vnxSourceFile* source) {
+  void* block = nullptr;
+  vnxCppComment* comment = gLineCommentPool.getNew(&block, source);
+  if (comment) comment->_poolBlock = block;
+  return comment;
+}
+
+int vnxCppComment::getPoolLiveCount() { return gLineCommentPool.liveCount(); }
+int vnxCppComment::getPoolBlockCount() { return gLineCommentPool.blockCount(); }
+
+int vnxCppComment::build(const char* text, int pos, int line, int col, int outPos) {
+  if (badPlace(text, pos, line, col, outPos)) return 1;
+  const int last = lineCommentEnd(text, pos);
+  unsigned int endLine = static_cast<unsigned int>(line);
+  unsigned int endCol = static_cast<unsigned int>(col);
+  placeOfLast(text, pos, last, endLine, endCol);
+  if (record(text, pos, last - pos + 1, line, col, endLine, endCol, outPos) != 0) return 1;
+  countComment(1, _commentStringSize);
+  return 0;
+}

@@ -1,0 +1,76 @@
+// The argument-list builder: the text between a call's parentheses, cut at its
+// top-level commas into one expression per argument under an "Arguments" node.
+#include "syntax/vnxSyntaxeAccess.h"
+#include "vnxExpression.h"
+#include "vnxInstruction.h"
+#include "vnxSourceFile.h"
+
+namespace {
+
+inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+int failWith(const char* message) {
+  vnxSyntaxe::ErrMsg = message;
+  return 1;
+}
+
+// One argument over [from, to): an expression, or a null node when it is empty.
+int addArgument(vnxSyntaxe* arguments, const char* s, int from, int to) {
+  while (from < to && isBlank(s[from])) ++from;
+  while (to > from && isBlank(s[to - 1])) --to;
+  vnxSyntaxe* child = nullptr;
+  if (to == from) child = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kSyntaxeNULL, arguments, from, 0, arguments->ChildCount() + 1);
+  else child = vnxExpression::CreateTAPExpression(arguments, from, to - from, arguments->ChildCount() + 1);
+  if (!child) return 0;
+  vnxSyntaxeAccess::append(arguments, child);
+  const int status = to == from ? 0 : child->Build(0);
+  child->Release();
+  return status;
+}
+
+}  // namespace
+
+int vnxInstruction::BuildListOfArgs(vnxSyntaxe* arguments) {
+  if (!arguments) return 0;
+  if (arguments->GetDepth() > kMaxDepth) {
+    ErrMsg = "Depth too high when building a vnxListOfArgs : " + toString(arguments->GetDepth());
+    return 1;
+  }
+  vnxSourceFile* source = arguments->GetTAPSourceFile();
+  const char* s = source ? source->GetStream() : nullptr;
+  const int begin = arguments->GetBegin();
+  int end = arguments->GetEnd();
+  if (!s || begin < 0 || end > source->GetSize()) return 0;
+
+  int first = begin;
+  while (first < end && isBlank(s[first])) ++first;
+  if (first == end) return 0;  // f(): no argument at all
+
+  int from = begin;
+  for (int i = begin; i < end; ++i) {
+    switch (s[i]) {
+      case '"':
+        i = SearchEndOfString(s, i, end - 1);
+        if (i == 0) return failWith("Missing \"");
+        break;
+      case '\'':
+        i = SearchEndOfString2(s, i, end - 1);
+        if (i == 0) return failWith("Missing '");
+        break;
+      case '(':
+        i = SearchEndOfPar(s, i, end - 1);
+        if (i == 0) return failWith("Missing )");
+        break;
+      case ',':
+        if (addArgument(arguments, s, from, i)) return 1;
+        from = i + 1;
+        break;
+      case ';':
+        end = i;  // the list stops here
+        break;
+      default:
+        break;
+    }
+  }
+  return addArgument(arguments, s, from, end);
+}

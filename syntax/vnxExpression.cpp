@@ -1,0 +1,313 @@
+// Expression nodes: pool, creation and Build. Build narrows the node to its
+// text without outer blanks and parentheses, splits it at its weakest
+// operator (vnxExpressionOperators.cpp) and, when there is none, recognises a
+// cast, a call, an index, a declaration of several words or a single word.
+#include "vnxExpression.h"
+
+#include <cstring>
+
+#include "platform/TAPool.h"
+#include "vnxInstruction.h"
+#include "vnxSourceFile.h"
+
+namespace {
+
+TAPool<vnxExpression>& expressionPool() {
+  static TAPool<vnxExpression> pool;
+  return pool;
+}
+
+inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+inline bool isWordChar(char c) { return vnxSyntaxe::isAlphaNumOrUnderScoreChar(c) != 0; }
+
+bool startsWith(const char* s, int pos, int end, const char* word) {
+  const int n = static_cast<int>(std::strlen(word));
+  return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
+}
+
+int failWith(const char* message) {
+  vnxSyntaxe::ErrMsg = message;
+  return 1;
+}
+
+// A whole literal: one character literal, or one or more string literals
+// (blanks between them allowed), each with or without a leading L.
+bool isLiteral(const char* s, int begin, int end) {
+  const int last = end - 1;
+  int i = begin;
+  if (s[i] == 'L' && i < last && s[i + 1] == '\'') ++i;
+  if (s[i] == '\'') return i < last && vnxSyntaxe::SearchEndOfString2(s, i, last) == last;
+  bool found = false;
+  while (i <= last) {
+    if (s[i] == 'L' && i < last) ++i;
+    if (s[i] != '"') return false;
+    const int close = vnxSyntaxe::SearchEndOfString(s, i, last);
+    if (close == 0) return false;
+    found = true;
+    i = close + 1;
+    while (i <= last && isBlank(s[i])) ++i;
+  }
+  return found;
+}
+
+// What the text is made of at its top level (outside literals and brackets):
+// the last bracket group, the last blank, and the first lone ':' with the
+// last blank before a word ahead of it (a ':' left there is a bit-field
+// width, and that word the field's name).
+struct Shape {
+  char groupKind = 0;  // '(', '[' or '{' of the last group, 0 when there is none
+  int groupOpen = -1;
+  int groupClose = -1;
+  int lastBlank = -1;
+  int lastBlankBeforeWord = -1;
+  int colon = -1;
+  int blankBeforeColon = -1;
+};
+
+// Offset of the bracket that closes the one opening at i, 0 when none does.
+int closingOf(const char* s, int i, int last) {
+  switch (s[i]) {
+    case '(': return vnxSyntaxe::SearchEndOfPar(s, i, last);
+    case '[': return vnxSyntaxe::SearchEndOfIndex(s, i, last);
+    default: return vnxSyntaxe::SearchEndOfTAPBloc(s, i, last, 0);
+  }
+}
+
+// Walks [begin, last] once; 0, or 1 with ErrMsg set for a literal, a
+// parenthesis or a bracket that is not closed (or closed without being
+// opened). Braces are taken as groups when they match and ignored otherwise.
+int readShape(const char* s, int begin, int last, Shape& shape) {
+  for (int i = begin; i <= last; ++i) {
+    const char c = s[i];
+    switch (c) {
+      case '"':
+        i = vnxSyntaxe::SearchEndOfString(s, i, last);
+        if (i == 0) return failWith("Missing \"");
+        break;
+      case '\'':
+        i = vnxSyntaxe::SearchEndOfString2(s, i, last);
+        if (i == 0) return failWith("Missing '");
+        break;
+      case '(':
+      case '[':
+      case '{': {
+        const int close = closingOf(s, i, last);
+        if (close == 0) {
+          if (c == '{') break;
+          return failWith(c == '(' ? "Missing )" : "Missing ]");
+        }
+        shape.groupKind = c;
+        shape.groupOpen = i;
+        shape.groupClose = close;
+        i = close;
+        break;
+      }
+      case ')': return failWith("Missing )");
+      case ']': return failWith("Missing ]");
+      case ':':
+        if (i < last && s[i + 1] == ':') {
+          ++i;
+        } else if (shape.colon < 0) {
+          shape.colon = i;
+          shape.blankBeforeColon = shape.lastBlankBeforeWord;
+        }
+        break;
+      default:
+        if (!isBlank(c)) break;
+        shape.lastBlank = i;
+        if (i < last && isWordChar(s[i + 1])) shape.lastBlankBeforeWord = i;
+        break;
+    }
+  }
+  return 0;
+}
+
+}  // namespace
+
+// --- pool ---------------------------------------------------------------------------
+
+vnxExpression* vnxExpression::CreateTAPExpression(vnxSyntaxe* father, int begin, int size, int posInFather) {
+  void* block = nullptr;
+  vnxExpression* node = expressionPool().getNew(&block);
+  if (!node) return nullptr;
+  node->_ownerBlock = block;
+  node->create(kExpression, father, begin, size, posInFather);
+  return node;
+}
+
+void vnxExpression::Reset() {
+  vnxSyntaxe::Reset();
+  std::memset(_operator, 0, sizeof(_operator));
+}
+
+void vnxExpression::ReturnToPool() { expressionPool().release(this, _ownerBlock); }
+
+int vnxExpression::GetPoolLiveCount() { return expressionPool().liveCount(); }
+int vnxExpression::GetPoolBlockCount() { return expressionPool().blockCount(); }
+
+// --- build --------------------------------------------------------------------------
+
+int vnxExpression::Build(int) { return buildWith(nullptr); }
+
+int vnxExpression::buildWith(const Split* hint) {
+  if (_depth > kMaxDepth) {
+    ErrMsg = "Depth too high when building a vnxExpression : " + toString(_depth);
+    return 1;
+  }
+  if (!_source || !_streamAtBegin || !_source->GetStream()) return 0;
+  const char* s = _source->GetStream();
+  if (_begin < 0 || _begin + _size > _source->GetSize()) return 0;
+  const int narrowed = narrow(s);
+  if (narrowed <= 0) return narrowed < 0 ? 1 : 0;
+  const int begin = _begin;
+  const int end = _begin + _size;
+
+  if (_size > 4 && (startsWith(s, begin, end, "new ") || startsWith(s, begin, end, "new("))) {
+    setOperator("nw", 2);
+    return addOperand(begin + (s[begin + 3] == ' ' ? 4 : 3), end, nullptr);
+  }
+  if (isLiteral(s, begin, end)) {
+    setOperator("st", 2);
+    return 0;
+  }
+  Split split;
+  const bool leading = hint && hint->leading && leadingSplit(s, begin, end, *hint, split);
+  if (!leading) {
+    if (hint && hint->nextPos >= begin && hint->nextPos < end) chainSplit(s, begin, *hint, split);
+    else findSplit(s, begin, end, split);
+  }
+  return split.pos >= 0 ? buildOperands(s, split) : buildWithoutOperator(s);
+}
+
+int vnxExpression::narrow(const char* s) {
+  int begin = _begin;
+  int end = _begin + _size;
+  int dropped = 0;
+  int status = 1;
+  for (;;) {
+    while (begin < end && isBlank(s[begin])) ++begin;
+    while (end > begin && isBlank(s[end - 1])) --end;
+    if (end - begin < 2 || s[begin] != '(' || SearchEndOfPar(s, begin, end - 1) != end - 1) break;
+    // Each pair costs a scan of the text: nesting beyond the depth limit is
+    // refused like any other too deep construct.
+    if (_depth + ++dropped > kMaxDepth) {
+      ErrMsg = "Depth too high when building a vnxExpression : " + toString(_depth + dropped);
+      status = -1;
+      break;
+    }
+    ++begin;
+    --end;
+  }
+  _begin = begin;
+  _size = end - begin;
+  _streamAtBegin = s + begin;
+  return _size > 0 ? status : (status < 0 ? -1 : 0);
+}
+
+int vnxExpression::buildOperands(const char* s, const Split& split) {
+  setOperator(s + split.pos, split.length);
+  const int begin = _begin;
+  const int end = _begin + _size;
+  const int after = split.pos + split.length;
+  // An operator in first place is unary (-x, !x, *p, &x, ++i, ::f); "++" and
+  // "--" in last place are too (i++). Any other operator takes both sides,
+  // an empty side becoming a null node.
+  if (split.pos == begin) {
+    // Nothing in the operand of a prefix "!", "++" or "--" is weaker than
+    // it, and the leftmost of its level wins: in a run of them (!!!a) the
+    // next one, opening the operand, is the operand's split.
+    Split prefix;
+    prefix.level = split.level;
+    prefix.leading = split.level == 40 || split.level == 20;
+    return addOperand(after, end, prefix.leading ? &prefix : nullptr);
+  }
+  if (split.level == 20 && after == end) return addOperand(begin, split.pos, nullptr);
+  if (addOperand(begin, split.pos, split.nextPos >= 0 ? &split : nullptr)) return 1;
+  return addOperand(after, end, nullptr);
+}
+
+int vnxExpression::buildWithoutOperator(const char* s) {
+  const int begin = _begin;
+  const int end = _begin + _size;
+  const int last = end - 1;
+
+  if (s[begin] == '(') {
+    const int close = SearchEndOfPar(s, begin, last);
+    if (close == 0) return failWith("Missing )");
+    int inner = begin + 1;
+    int innerEnd = close;
+    while (inner < innerEnd && isBlank(s[inner])) ++inner;
+    while (innerEnd > inner && isBlank(s[innerEnd - 1])) --innerEnd;
+    int rest = close + 1;
+    while (rest < end && isBlank(s[rest])) ++rest;
+    // (*f)(x) calls through a pointer; any other (type)operand is a cast.
+    if (s[rest] == '(' && (s[inner] == '*' || s[inner] == '&') && SearchEndOfPar(s, rest, last) == last)
+      return buildCall("mt", rest, last);
+    setOperator("ct", 2);
+    addLeaf(kTAPIdentifiant, inner, innerEnd - inner);
+    return addOperand(close + 1, end, nullptr);
+  }
+  if (startsWith(s, begin, end, "malloc(") || startsWith(s, begin, end, "calloc(")) {
+    if (SearchEndOfPar(s, begin + 6, last) == last) return buildCall(s[begin] == 'm' ? "mc" : "cc", begin + 6, last);
+  }
+
+  Shape shape;
+  if (readShape(s, begin, last, shape)) return 1;
+  if (shape.groupClose == last && shape.groupKind == '(') return buildCall("mt", shape.groupOpen, last);
+  if (shape.groupClose == last && shape.groupKind == '[') {
+    setOperator("in", 2);
+    if (addOperand(begin, shape.groupOpen, nullptr)) return 1;
+    return addOperand(shape.groupOpen + 1, last, nullptr);
+  }
+  // Words without an operator: a type part and the declared name after the
+  // last blank. A ':' that is no operator is a bit-field width, which goes
+  // with the name (int x : 3 is int, then x : 3).
+  const int blank = shape.colon >= 0 && shape.blankBeforeColon >= 0 ? shape.blankBeforeColon : shape.lastBlank;
+  if (blank >= 0) {
+    setOperator("dc", 2);
+    if (addOperand(begin, blank, nullptr)) return 1;
+    return addOperand(blank + 1, end, nullptr);
+  }
+  setOperator("id", 2);
+  addLeaf(kTAPIdentifiant, begin, _size);
+  return 0;
+}
+
+int vnxExpression::buildCall(const char* marker, int open, int close) {
+  setOperator(marker, 2);
+  if (addOperand(_begin, open, nullptr)) return 1;
+  vnxSyntaxe* arguments = CreateTAPSyntaxe(kArguments, this, open + 1, close - open - 1, _childCount + 1);
+  if (!arguments) return 0;
+  Append(arguments);
+  const int status = vnxInstruction::BuildListOfArgs(arguments);
+  arguments->Release();
+  return status;
+}
+
+int vnxExpression::addOperand(int from, int to, const Split* hint) {
+  const char* s = _source->GetStream();
+  while (from < to && isBlank(s[from])) ++from;
+  while (to > from && isBlank(s[to - 1])) --to;
+  if (to == from || (to - from == 1 && s[from] == ';')) {
+    addLeaf(kSyntaxeNULL, from, to - from);
+    return 0;
+  }
+  vnxExpression* child = CreateTAPExpression(this, from, to - from, _childCount + 1);
+  if (!child) return 0;
+  Append(child);
+  const int status = child->buildWith(hint);
+  child->Release();
+  return status;
+}
+
+void vnxExpression::addLeaf(int type, int begin, int size) {
+  vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
+  if (!leaf) return;
+  Append(leaf);
+  leaf->Release();
+}
+
+void vnxExpression::setOperator(const char* text, int length) {
+  std::memset(_operator, 0, sizeof(_operator));
+  std::strncpy(_operator, text, static_cast<size_t>(length < 3 ? length : 3));
+}

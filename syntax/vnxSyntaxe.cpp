@@ -1,0 +1,413 @@
+// The node itself: pool, creation, children, reference counting, positions,
+// text, comparison, dump and the dump indentation.
+#include "vnxSyntaxe.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "TAFatalError.h"
+#include "platform/TAPool.h"
+#include "source/vnxDiag.h"
+#include "syntax/vnxSyntaxeAccess.h"
+#include "vnxSourceFile.h"
+#include "wbStream.h"
+
+ZELString vnxSyntaxe::ErrMsg;
+ZELListValZELString vnxSyntaxe::_listMacro;
+
+namespace {
+
+TAPool<vnxSyntaxe>& nodePool() {
+  static TAPool<vnxSyntaxe> pool;
+  return pool;
+}
+
+// Nodes whose hold is to be dropped while a release is already running. The
+// release of a tree walks this list instead of recursing, so any depth is safe.
+struct ReleaseQueue {
+  std::vector<vnxSyntaxe*> pending;
+  bool draining = false;
+};
+
+ReleaseQueue& releaseQueue() {
+  static ReleaseQueue* queue = new ReleaseQueue;  // outlives static destruction
+  return *queue;
+}
+
+// Pointer to offset begin of source's stream, or null when the source has no
+// stream or begin lies outside it.
+const char* streamAt(vnxSourceFile* source, int begin) {
+  const char* stream = source ? source->GetStream() : nullptr;
+  if (!stream || begin < 0 || begin > source->GetSize()) return nullptr;
+  return stream + begin;
+}
+
+}  // namespace
+
+// --- creation ---------------------------------------------------------------------
+
+vnxSyntaxe* vnxSyntaxe::CreateTAPSyntaxe(int type, vnxSourceFile* file, int begin, int size, int posInFather) {
+  void* block = nullptr;
+  vnxSyntaxe* node = nodePool().getNew(&block);
+  if (!node) return nullptr;
+  node->_ownerBlock = block;
+  node->create(type, file, begin, size, posInFather);
+  return node;
+}
+
+vnxSyntaxe* vnxSyntaxe::CreateTAPSyntaxe(int type, vnxSyntaxe* father, int begin, int size, int posInFather) {
+  void* block = nullptr;
+  vnxSyntaxe* node = nodePool().getNew(&block);
+  if (!node) return nullptr;
+  node->_ownerBlock = block;
+  node->create(type, father, begin, size, posInFather);
+  return node;
+}
+
+void vnxSyntaxe::create(int type, vnxSourceFile* file, int begin, int size, int posInFather) {
+  if (!file) return;
+  _type = type;
+  _begin = begin;
+  _size = size < 0 ? 0 : size;
+  _posInFather = posInFather;
+  _father = nullptr;
+  _depth = 0;
+  _source = file;
+  file->AddRef();
+  _streamAtBegin = streamAt(file, begin);
+}
+
+void vnxSyntaxe::create(int type, vnxSyntaxe* father, int begin, int size, int posInFather) {
+  if (!father) return;
+  _type = type;
+  _begin = begin;
+  _size = size < 0 ? 0 : size;
+  _posInFather = posInFather;
+  _father = father;
+  _depth = father->_depth + 1;
+  _source = father->_source;
+  if (_source) {
+    _source->AddRef();
+    _streamAtBegin = streamAt(_source, begin);
+  }
+}
+
+vnxSyntaxe& vnxSyntaxe::operator=(const vnxSyntaxe& other) = default;
+
+// --- children and reference counting ------------------------------------------------
+
+void vnxSyntaxe::Append(vnxSyntaxe* child) {
+  if (!child) return;
+  if (_childCount >= _childCapacity) {
+    // Growing by a fixed step keeps small nodes small; realloc lets the
+    // allocator extend big arrays in place.
+    const int capacity = _childCapacity + 5;
+    auto* grown = static_cast<vnxSyntaxe**>(std::realloc(_childArray, sizeof(vnxSyntaxe*) * capacity));
+    if (TAFatalError(!grown, "vnxSyntaxe::Append out of memory")) return;
+    if (!_childArray) {
+      grown[0] = _firstChildren[0];
+      grown[1] = _firstChildren[1];
+    }
+    _childArray = grown;
+    _childCapacity = capacity;
+  }
+  ++child->_refCount;
+  if (_childArray) _childArray[_childCount] = child;
+  else _firstChildren[_childCount] = child;
+  ++_childCount;
+}
+
+void vnxSyntaxe::Release() {
+  _listMacro.RemoveAll();
+  ReleaseQueue& queue = releaseQueue();
+  if (queue.draining) {
+    queue.pending.push_back(this);
+    return;
+  }
+  queue.draining = true;
+  vnxSyntaxeAccess::dropHold(this);
+  while (!queue.pending.empty()) {
+    vnxSyntaxe* node = queue.pending.back();
+    queue.pending.pop_back();
+    vnxSyntaxeAccess::dropHold(node);
+  }
+  queue.draining = false;
+}
+
+void vnxSyntaxe::Reset() {
+  if (_source) _source->Release();
+  _source = nullptr;
+  _streamAtBegin = nullptr;
+  std::free(_contentCache);
+  _contentCache = nullptr;
+  for (int i = 1; i <= _childCount; ++i) childAt(i)->Release();
+  std::free(_childArray);
+  _childArray = nullptr;
+  _firstChildren[0] = _firstChildren[1] = nullptr;
+  _childCount = 0;
+  _childCapacity = 2;
+  _nextKnown = _previousKnown = 0;
+  _nextCache = _previousCache = nullptr;
+}
+
+void vnxSyntaxe::ReturnToPool() { nodePool().release(this, _ownerBlock); }
+
+int vnxSyntaxe::GetPoolLiveCount() { return nodePool().liveCount(); }
+int vnxSyntaxe::GetPoolBlockCount() { return nodePool().blockCount(); }
+
+vnxSyntaxe* vnxSyntaxe::Child(int i) {
+  if (i < 1 || i > _childCount) {
+    vnxdiag::plain(" vnxSyntaxe:Child Bad Index");
+    return nullptr;
+  }
+  return childAt(i);
+}
+
+vnxSyntaxe* vnxSyntaxe::GetLastLeaf() {
+  vnxSyntaxe* node = this;
+  while (node->_childCount > 0) node = node->childAt(node->_childCount);
+  return node;
+}
+
+vnxSyntaxe* vnxSyntaxe::getNext() {
+  if (_nextKnown) return _nextCache;
+  vnxSyntaxe* next = nullptr;
+  if (_father) {
+    const int position = vnxSyntaxeAccess::positionAmongChildren(_father, this);
+    if (position >= 1 && position < _father->_childCount) next = _father->childAt(position + 1);
+  }
+  _nextCache = next;
+  _nextKnown = 1;
+  return next;
+}
+
+vnxSyntaxe* vnxSyntaxe::getPrevious() {
+  if (_previousKnown) return _previousCache;
+  vnxSyntaxe* previous = nullptr;
+  if (_father) {
+    const int position = vnxSyntaxeAccess::positionAmongChildren(_father, this);
+    if (position > 1) previous = _father->childAt(position - 1);
+  }
+  _previousCache = previous;
+  _previousKnown = 1;
+  return previous;
+}
+
+int vnxSyntaxe::GetTAPSyntaxePath(ZELRawCollint& positions) {
+  std::vector<int> chain;
+  for (vnxSyntaxe* node = this; node->_father; node = node->_father) chain.push_back(node->_posInFather);
+  for (auto it = chain.rbegin(); it != chain.rend(); ++it) positions.Append(*it);
+  return 0;
+}
+
+// --- positions and text -------------------------------------------------------------
+
+void vnxSyntaxe::GetPos(int& line, int& col) const {
+  if (_source) _source->GetPos(_begin, line, col);
+}
+
+void vnxSyntaxe::GetEndPos(int& line, int& col) const {
+  if (_source) _source->GetPos(_begin + _size - 1, line, col);
+}
+
+void vnxSyntaxe::GetPosEndOfScope(int& line, int& col) const {
+  if (_source) _source->GetPos(_begin + _size, line, col);
+}
+
+int vnxSyntaxe::getBeginPosInChar() {
+  return _source ? _source->getPosOfPreProcessedCharInRawStream(_begin) : -1;
+}
+
+int vnxSyntaxe::getEndPosInChar() {
+  return _source ? _source->getPosOfPreProcessedCharInRawStream(_begin + _size - 1) : -1;
+}
+
+const char* vnxSyntaxe::GetSource() const { return _source ? _source->GetName() : nullptr; }
+
+const char* vnxSyntaxe::GetStream() const {
+  if (!_source || _size == 0 || !_streamAtBegin) return "";
+  return _streamAtBegin;
+}
+
+const char* vnxSyntaxe::GetContent() {
+  if (!_source || !_streamAtBegin) return nullptr;
+  if (!_contentCache) {
+    // A node reaching past its stream (a caller's mistake) is cut at its end.
+    const int available = _source->GetSize() - _begin;
+    const int length = _size < available ? _size : available;
+    _contentCache = static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1));
+    if (!_contentCache) return nullptr;
+    std::memcpy(_contentCache, _streamAtBegin, static_cast<size_t>(length));
+    _contentCache[length] = '\0';
+  }
+  return _contentCache;
+}
+
+int vnxSyntaxe::GetBlocSize() const {
+  if (_type != kTAPBloc || !_source) return 0;
+  if (_size == 0) return 1;
+  int firstLine = 0, lastLine = 0, col = 0;
+  _source->GetPos(_begin, firstLine, col);
+  _source->GetPos(_begin + _size - 1, lastLine, col);
+  return lastLine - firstLine + 1;
+}
+
+int vnxSyntaxe::StartWith(const char* s) const {
+  const char* text = nullptr;
+  int length = 0;
+  if (!s || !vnxSyntaxeAccess::text(this, text, length)) return 0;
+  const size_t n = std::strlen(s);
+  if (n > static_cast<size_t>(length)) return 0;
+  return std::memcmp(text, s, n) == 0 ? 1 : 0;
+}
+
+int vnxSyntaxe::EndWith(const char* s) const {
+  const char* text = nullptr;
+  int length = 0;
+  if (!s || !vnxSyntaxeAccess::text(this, text, length)) return 0;
+  const size_t n = std::strlen(s);
+  if (n > static_cast<size_t>(length)) return 0;
+  return std::memcmp(text + length - n, s, n) == 0 ? 1 : 0;
+}
+
+int vnxSyntaxe::IsPointer() const { return _size >= 2 && EndWith("*") ? 1 : 0; }
+
+int vnxSyntaxe::IsHandler() const { return _size >= 5 && EndWith("_var") ? 1 : 0; }
+
+bool vnxSyntaxe::operator==(const vnxSyntaxe& other) const {
+  if ((_source == nullptr) != (other._source == nullptr)) return false;
+  if (_source && std::strcmp(_source->GetName(), other._source->GetName()) != 0) return false;
+  return _begin == other._begin && _size == other._size;
+}
+
+bool vnxSyntaxe::operator==(const vnxSyntaxe* other) const { return other && *this == *other; }
+
+// --- subclass hooks -----------------------------------------------------------------
+
+int vnxSyntaxe::GetPreciseType() const { return 0; }
+const char* vnxSyntaxe::GetOperator() const { return nullptr; }
+
+// --- dump -------------------------------------------------------------------------
+
+const char* vnxSyntaxe::GetTypeName(int type) {
+  static const char* const kNames[] = {nullptr,          "File",           "TAPBloc",   "vnxInstruction",
+                                       "vnxExpression",  "TAPIdentifiant", "Arguments", "Header",
+                                       "Declaration",    "SyntaxeNULL"};
+  return type >= 1 && type <= 9 ? kNames[type] : nullptr;
+}
+
+const char* vnxSyntaxe::GetPreciseTypeTag(int preciseType) {
+  switch (preciseType) {
+    case 9: return " [tTAPSyntaxeNULL]";
+    case 20: return " [tReturn]";
+    case 21: return " [tDelete]";
+    case 22: return " [tDeleteCrochet]";
+    case 23: return " [tVirtual]";
+    case 24: return " [tStatic]";
+    case 25: return " [tInline]";
+    case 26: return " [tFree]";
+    case 30: return " [tFor]";
+    case 31: return " [tIf]";
+    case 32: return " [tWhile]";
+    case 33: return " [tSwitch]";
+    case 34: return " [tElse]";
+    case 35: return " [tDo]";
+    case 36: return " [tCase]";
+    case 37: return " [tDefault]";
+    case 38: return " [tGoto]";
+    case 39: return " [tExit]";
+    case 100: return " [tExcept]";
+    default: return "";
+  }
+}
+
+int vnxSyntaxe::Dump(ZELString indent, int recursive) {
+  if (!_source) return 1;
+  const char* name = GetTypeName(_type);
+  if (!name) {
+    wbStderr << indent << "Unknown !" << endl;
+    ErrMsg = "Unknown type";
+    return 1;
+  }
+  ZELString line = indent + name;
+  switch (_type) {
+    case kFile:
+    case kHeader:
+      line += GetSource();
+      line += "\n";  // the empty line after a root's banner is part of the format
+      break;
+    case kTAPBloc:
+    case kArguments:
+      break;
+    default: {
+      if (const char* op = GetOperator()) {
+        line += " [";
+        line += op;
+        line += "] ";
+      } else {
+        line += GetPreciseTypeTag(GetPreciseType());
+      }
+      line += "  ";
+      const char* text = nullptr;
+      int length = 0;
+      if (vnxSyntaxeAccess::text(this, text, length)) {
+        line.Append(text, length < 59 ? length : 59);
+        if (length > 60) line += "...";
+      }
+      break;
+    }
+  }
+  wbStderr << line << endl;
+  if (recursive) {
+    const ZELString childIndent = indent + "  ";
+    for (int i = 1; i <= _childCount; ++i) childAt(i)->Dump(childIndent, 1);
+  }
+  return 0;
+}
+
+// --- dump indentation -----------------------------------------------------------------
+
+ZELString* getcscindent() {
+  static ZELString* indent = new ZELString;
+  return indent;
+}
+
+ZELString cscincrement() {
+  ZELString* indent = getcscindent();
+  ZELString before = *indent;
+  *indent += "   ";
+  return before;
+}
+
+ZELString cscdecrement() {
+  ZELString* indent = getcscindent();
+  indent->RemoveTail(3);
+  return *indent;
+}
+
+// --- keyword tables -------------------------------------------------------------------
+
+const char* const vnxSyntaxe::operator_2[] = {"::", "->", ".*", "++", "--", "<<", ">>", "<=", ">=", "==", "!=",
+                                              "&&", "||", "+=", "-=", "*=", "/=", "%=", "&=", "|=", "^=", nullptr};
+const char* const vnxSyntaxe::operator_3[] = {"<<=", ">>=", "->*", nullptr};
+const char* const vnxSyntaxe::basicTypes[] = {"void",  "long",   "short",  "char",    "int",
+                                              "double", "float", "HANDLE", "DWORD",   "time_t",
+                                              "size_t", "clock_t", "signed", "unsigned", nullptr};
+// The framework's exception macros. Matching is by prefix, so "ZELThrow" also
+// covers every longer name beginning with it.
+const char* const vnxSyntaxe::tryInstructions[] = {"ZELTry", "ZELAFTry", nullptr};
+const char* const vnxSyntaxe::catchInstructions[] = {"ZELCatch", "ZELCatchOthers", "ZELAFCatch", nullptr};
+const char* const vnxSyntaxe::throwInstructions[] = {"ZELThrow",
+                                                     "ZELSubdBlockThrow",
+                                                     "ZELThrowIfNull",
+                                                     "ThrowIfNull",
+                                                     "ZELHybBlockThrow",
+                                                     "ThrowBadTopology",
+                                                     "THROW_INTERNAL",
+                                                     "ZELThrowForNullPointer",
+                                                     "ZELThrowForNullPointerReturnValue",
+                                                     "ZELMfRaise",
+                                                     "throw",
+                                                     nullptr};
+const char* const vnxSyntaxe::rethrowInstructions[] = {"ZELRethrow", nullptr};

@@ -1,0 +1,530 @@
+// The scanners that match brackets, strings, literals and comments forward and
+// backward over a stream, and the one that finds where an instruction ends.
+//
+// Each is a pure function over (text, from, limit) or (text, from, lowest):
+// nothing is allocated per character, nothing is read past limit or below
+// lowest, and every loop consumes at least one character. Only ErrMsg is
+// touched, for the few failures that carry a message. The bracket matchers call
+// one another for nested (), [] and strings; that nesting is capped so that a
+// hostile file cannot exhaust the stack.
+#include <cstring>
+
+#include "ZELString.h"
+#include "vnxSourceFile.h"
+#include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxSyntaxeScan.h"
+#include "vnxSyntaxe.h"
+#include "wbPathFinder.h"
+
+namespace {
+
+// Alternations of ( and [ (each level one call) followed before giving up.
+constexpr int kMaxBracketNesting = 900;
+
+enum class Closer { Block, Par, Index };
+
+inline bool isQuote(char c) { return c == '"' || c == '\''; }
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Whether text at pos starts with word, the whole word lying within limit.
+bool startsWith(const char* s, int pos, int limit, const char* word, int length) {
+  if (pos < 0 || pos + length - 1 > limit) return false;
+  return std::memcmp(s + pos, word, static_cast<size_t>(length)) == 0;
+}
+
+template <int N>
+bool startsWith(const char* s, int pos, int limit, const char (&word)[N]) {
+  return startsWith(s, pos, limit, word, N - 1);
+}
+
+int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, int withComments);
+int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nesting);
+
+// A wide literal: L followed by a quote at i + 1 (i < limit - 1). Answers the
+// offset of its last character, or 0 with ErrMsg set. A character literal
+// right behind a wide string is taken with it.
+int skipWideLiteral(const char* s, int i, int limit) {
+  if (s[i + 1] == '\'') {
+    const int end = vnxSyntaxe::SearchEndOfString2(s, i + 1, limit);
+    if (!end) vnxSyntaxe::ErrMsg = "Missing '";
+    return end;
+  }
+  int end = vnxSyntaxe::SearchEndOfString(s, i + 1, limit);
+  if (!end) {
+    vnxSyntaxe::ErrMsg = "Missing \"";
+    return 0;
+  }
+  if (end < limit && s[end + 1] == '\'') {
+    end = vnxSyntaxe::SearchEndOfString2(s, end + 1, limit);
+    if (!end) vnxSyntaxe::ErrMsg = "Missing '";
+  }
+  return end;
+}
+
+// Forward scanners answer 0 on failure; a resume offset never is 0 after a
+// jump, so 0 becomes the walk's failure value -1.
+inline int orFail(int end) { return end ? end : -1; }
+
+// A comment opening at i in a block search (i < limit): answers its last
+// offset, -1 on failure, or i itself when no comment opens here.
+int skipComment(const char* s, int i, int limit) {
+  if (s[i + 1] == '*') {
+    const int end = vnxSyntaxe::SearchEndOfCPPComment(s, i + 2, limit);
+    if (!end) vnxSyntaxe::ErrMsg = "Missing */";
+    return orFail(end);
+  }
+  if (s[i + 1] == '/') return orFail(vnxSyntaxe::SearchEndOfCComment(s, i + 2, limit));
+  return i;
+}
+
+// Handles offset i of a forward match; answers the offset where the walk
+// resumes (i itself when nothing was jumped), or -1 on failure.
+int stepForward(Closer kind, const char* s, int i, int limit, int& depth, int nesting, int withComments) {
+  const char c = s[i];
+  if (kind == Closer::Block && (c < '"' || c > '}')) return i;
+  switch (c) {
+    case '"': return orFail(vnxSyntaxe::SearchEndOfString(s, i, limit));
+    case '\'': return orFail(vnxSyntaxe::SearchEndOfString2(s, i, limit));
+    case '(':
+      if (kind == Closer::Par) ++depth;
+      else return endOfMatching(Closer::Par, s, i, limit, nesting + 1, 0);
+      return i;
+    case ')':
+      if (kind == Closer::Par) --depth;
+      return i;
+    case '[':
+      if (kind == Closer::Index) ++depth;
+      else return endOfMatching(Closer::Index, s, i, limit, nesting + 1, 0);
+      return i;
+    case ']':
+      if (kind == Closer::Index) --depth;
+      return i;
+    case '{':
+      if (kind == Closer::Block) ++depth;
+      return i;
+    case '}':
+      if (kind == Closer::Block) --depth;
+      return i;
+    case '/':
+      if (kind != Closer::Block) return i;
+      if (withComments && i < limit && (s[i + 1] == '*' || s[i + 1] == '/')) return skipComment(s, i, limit);
+      // A slash that opens no comment gets the wide-literal test of 'L' in
+      // the block search, as the original scanner did.
+      [[fallthrough]];
+    case 'L':
+      if (i < limit - 1 && isQuote(s[i + 1])) return orFail(skipWideLiteral(s, i, limit));
+      return i;
+    default:
+      return i;
+  }
+}
+
+// The walk shared by the three forward matchers; -1 on failure.
+int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, int withComments) {
+  if (!s || from < 0 || limit <= from || nesting > kMaxBracketNesting) return -1;
+  int depth = 0;
+  for (int i = from; i <= limit; ++i) {
+    i = stepForward(kind, s, i, limit, depth, nesting, withComments);
+    if (i < 0) return -1;
+    if (depth == 0) return i <= limit ? i : -1;
+  }
+  return -1;
+}
+
+// Whether an opening quote at i is unescaped: preceded by an even number of
+// backslashes, counted down to lowest.
+bool unescapedAt(const char* s, int i, int lowest) {
+  int backslashes = 0;
+  for (int k = i - 1; k >= lowest && s[k] == '\\'; --k) ++backslashes;
+  return backslashes % 2 == 0;
+}
+
+// The backward helpers answer -1 on failure, since 0 is a valid opening.
+int beginOfString(const char* s, int from, int lowest) {
+  if (!s || lowest < 0 || from <= lowest) return -1;
+  for (int i = from - 1; i >= lowest; --i) {
+    if (s[i] != '"' || !unescapedAt(s, i, lowest)) continue;
+    // A pair of adjacent quotes joins two literals into one string.
+    if (i > lowest && s[i - 1] == '"') {
+      --i;
+      continue;
+    }
+    return i;
+  }
+  return -1;
+}
+
+int beginOfString2(const char* s, int from, int lowest) {
+  if (!s || lowest < 0 || from <= lowest) return -1;
+  for (int i = from - 1; i >= lowest; --i)
+    if (s[i] == '\'' && unescapedAt(s, i, lowest)) return i;
+  return -1;
+}
+
+// Handles offset i of a backward match; answers where the walk resumes (i when
+// nothing was jumped), or -1 on failure.
+int stepBackward(Closer kind, const char* s, int i, int lowest, int& depth, int nesting) {
+  switch (s[i]) {
+    case '"': return beginOfString(s, i, lowest);
+    case '\'': return beginOfString2(s, i, lowest);
+    case ')':
+      if (kind == Closer::Par) ++depth;
+      else if (kind == Closer::Block) return beginOfMatching(Closer::Par, s, i, lowest, nesting + 1);
+      return i;
+    case '(':
+      if (kind == Closer::Par) --depth;
+      return i;
+    case ']':
+      if (kind == Closer::Index) ++depth;
+      else return beginOfMatching(Closer::Index, s, i, lowest, nesting + 1);
+      return i;
+    case '[':
+      if (kind == Closer::Index) --depth;
+      return i;
+    case '}':
+      if (kind == Closer::Block) ++depth;
+      return i;
+    case '{':
+      if (kind == Closer::Block) --depth;
+      return i;
+    default:
+      return i;
+  }
+}
+
+int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nesting) {
+  if (!s || lowest < 0 || from < lowest || nesting > kMaxBracketNesting) return -1;
+  int depth = 0;
+  for (int i = from; i >= lowest; --i) {
+    i = stepBackward(kind, s, i, lowest, depth, nesting);
+    if (i < 0) return -1;
+    if (depth == 0) return i;
+  }
+  return -1;
+}
+
+}  // namespace
+
+// --- forward matching ---------------------------------------------------------------
+
+int vnxSyntaxe::SearchEndOfTAPBloc(const char* s, int from, int limit, int withComments) {
+  const int end = endOfMatching(Closer::Block, s, from, limit, 0, withComments);
+  return end < 0 ? 0 : end;
+}
+
+int vnxSyntaxe::SearchEndOfPar(const char* s, int from, int limit) {
+  const int end = endOfMatching(Closer::Par, s, from, limit, 0, 0);
+  return end < 0 ? 0 : end;
+}
+
+int vnxSyntaxe::SearchEndOfIndex(const char* s, int from, int limit) {
+  const int end = endOfMatching(Closer::Index, s, from, limit, 0, 0);
+  return end < 0 ? 0 : end;
+}
+
+int vnxSyntaxe::SearchEndOfString(const char* s, int from, int limit) {
+  if (!s || from < 0 || limit <= from) return 0;
+  for (int i = from + 1; i <= limit; ++i) {
+    const char c = s[i];
+    if (c == '\\') {
+      ++i;
+    } else if (c == '"') {
+      if (i == limit) return i;
+      // Two literals written against each other read as one string.
+      if (s[i + 1] == '"') ++i;
+      else return i;
+    }
+  }
+  return 0;
+}
+
+int vnxSyntaxe::SearchEndOfString2(const char* s, int from, int limit) {
+  if (!s || from < 0) return 0;
+  for (int i = from + 1; i <= limit; ++i) {
+    if (s[i] == '\\') ++i;
+    else if (s[i] == '\'') return i;
+  }
+  return 0;
+}
+
+int vnxSyntaxe::SearchEndOfCComment(const char* s, int from, int limit) {
+  if (!s || from < 0 || from >= limit) return 0;
+  for (int i = from; i <= limit; ++i) {
+    if (s[i] == '\n') return i;
+    // A continued comment line hands back to the caller right after the
+    // backslash, as the original scanner did.
+    if (s[i] == '\\') return i + 1;
+  }
+  return 0;
+}
+
+int vnxSyntaxe::SearchEndOfCPPComment(const char* s, int from, int limit) {
+  if (!s || from < 0 || from >= limit) return 0;
+  for (int i = from; i < limit; ++i)
+    if (s[i] == '*' && s[i + 1] == '/') return i + 1;
+  return 0;
+}
+
+// --- backward matching --------------------------------------------------------------
+
+int vnxSyntaxe::SearchBeginOfTAPBloc(const char* s, int from, int lowest) {
+  const int begin = beginOfMatching(Closer::Block, s, from, lowest, 0);
+  return begin < 0 ? 0 : begin;
+}
+
+int vnxSyntaxe::SearchBeginOfPar(const char* s, int from, int lowest) {
+  const int begin = beginOfMatching(Closer::Par, s, from, lowest, 0);
+  return begin < 0 ? 0 : begin;
+}
+
+int vnxSyntaxe::SearchBeginOfIndex(const char* s, int from, int lowest) {
+  const int begin = beginOfMatching(Closer::Index, s, from, lowest, 0);
+  return begin < 0 ? 0 : begin;
+}
+
+int vnxSyntaxe::SearchBeginOfString(const char* s, int from, int lowest) {
+  const int begin = beginOfString(s, from, lowest);
+  return begin < 0 ? 0 : begin;
+}
+
+int vnxSyntaxe::SearchBeginOfString2(const char* s, int from, int lowest) {
+  const int begin = beginOfString2(s, from, lowest);
+  return begin < 0 ? 0 : begin;
+}
+
+int vnxSyntaxe::isAlphaNumOrUnderScoreChar(const char& c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || isDigit(c) || c == '_' ? 1 : 0;
+}
+
+// --- end of an instruction ----------------------------------------------------------
+
+namespace {
+
+using vnxscan::kFailed;
+// Below any offset, and distinct from kFailed.
+constexpr int kNoMacro = kFailed + 1;
+
+int endOfInstruction(const char* s, int from, int limit, int nested, int pending, int nesting);
+
+inline int capAt(int end, int limit) { return end > limit ? limit : end; }
+
+int firstNonBlank(const char* s, int from, int limit) {
+  while (from <= limit && s[from] == ' ') ++from;
+  return from;
+}
+
+// The keyword of a controlled statement written against its parenthesis at i,
+// as the preprocessed stream spells it: its length up to the '(' included, or 0.
+int controlKeywordAt(const char* s, int i, int limit) {
+  if (i < limit - 2 && startsWith(s, i, limit, "if(")) return 3;
+  if (i < limit - 5 && startsWith(s, i, limit, "while(")) return 6;
+  if (i < limit - 6 && startsWith(s, i, limit, "switch(")) return 7;
+  if (i < limit - 3 && startsWith(s, i, limit, "for(")) return 4;
+  if (i < limit - 8 && startsWith(s, i, limit, "__except(")) return 9;
+  return 0;
+}
+
+bool startsElse(const char* s, int i, int limit) {
+  return startsWith(s, i, limit, "else ") || startsWith(s, i, limit, "else{");
+}
+
+bool startsDo(const char* s, int i, int limit) {
+  return startsWith(s, i, limit, "do ") || startsWith(s, i, limit, "do{");
+}
+
+// The statement controlled by an if, while, for, switch, __except, else or do,
+// starting at q: its end, with an else that belongs to an inner if and the
+// while(...) tail of an inner do taken along.
+int endOfControlledStatement(const char* s, int q, int limit, int pending, int nesting) {
+  const int r = endOfInstruction(s, q, limit, 1, pending, nesting + 1);
+  if (r == kFailed) return kFailed;
+  if (r >= limit - 1) return limit;
+  const int k = firstNonBlank(s, r + 1, limit);
+  if (k < limit - 3 && startsElse(s, k, limit) && startsWith(s, q, limit, "if(")) {
+    const int end = endOfInstruction(s, k, limit, 1, pending, nesting + 1);
+    return end == kFailed ? kFailed : capAt(end, limit);
+  }
+  if (k < limit - 3 && startsWith(s, k, limit, "while(") && startsDo(s, q, limit)) {
+    const int close = vnxSyntaxe::SearchEndOfPar(s, k + 5, limit);
+    return close ? capAt(close + 1, limit) : kFailed;
+  }
+  return r;
+}
+
+// if( while( switch( for( __except( at i (keyword length given).
+int endOfControl(const char* s, int i, int keyword, int limit, int pending, int nesting) {
+  const int p = vnxSyntaxe::SearchEndOfPar(s, i + keyword - 1, limit);
+  if (p == 0) return kFailed;
+  if (p >= limit) return limit;
+  if (s[p + 1] == '{') {
+    const int end = vnxSyntaxe::SearchEndOfTAPBloc(s, p + 1, limit, 0);
+    return end ? capAt(end, limit) : kFailed;
+  }
+  return endOfControlledStatement(s, p + 1, limit, pending, nesting);
+}
+
+// else / do at i: the keywords are stepped over, then a block or a statement.
+int endOfElseOrDo(const char* s, int i, int limit, int pending, int nesting) {
+  int j = i;
+  if (startsWith(s, j, limit, "else")) j += 4;
+  if (startsWith(s, j, limit, "do")) j += 2;
+  j = firstNonBlank(s, j, limit);
+  if (j >= limit) return limit;
+  if (s[j] == '{') {
+    const int end = vnxSyntaxe::SearchEndOfTAPBloc(s, j, limit, 0);
+    return end ? capAt(end, limit) : kFailed;
+  }
+  return endOfControlledStatement(s, j, limit, pending, nesting);
+}
+
+// How a statement-macro name compares with the text at i.
+enum class MacroOrder { Before, After, Match };
+
+// The leading characters decide first (up to four, as far as name and text
+// go): the list being sorted, a name after the text ends the search. Then the
+// whole name must match.
+MacroOrder compareMacroName(const char* s, int i, int limit, const ZELString& name) {
+  const unsigned char* n = reinterpret_cast<const unsigned char*>(name.CastToCharPtr());
+  const int length = name.GetLengthInChar();
+  if (length == 0) return MacroOrder::Before;
+  for (int k = 0; k < 4 && k < length && i + k <= limit; ++k) {
+    const unsigned char t = static_cast<unsigned char>(s[i + k]);
+    if (n[k] != t) return n[k] < t ? MacroOrder::Before : MacroOrder::After;
+  }
+  if (i + length - 1 > limit || std::memcmp(n, s + i, static_cast<size_t>(length)) != 0) return MacroOrder::Before;
+  return MacroOrder::Match;
+}
+
+ZELListValZELString& statementMacros();
+
+// A statement macro (its definition ends with ';') used at i: the end of its
+// use, or kNoMacro when no macro of the list starts here.
+int endOfStatementMacro(const char* s, int i, int limit, const ZELListValZELString& macros) {
+  for (int m = 1; m <= macros.Size(); ++m) {
+    const ZELString& name = macros[m];
+    const MacroOrder order = compareMacroName(s, i, limit, name);
+    if (order == MacroOrder::After) break;
+    if (order == MacroOrder::Before) continue;
+    const int after = i + name.GetLengthInChar();
+    if (after > limit) return limit;
+    const char c = s[after];
+    if (c == '(') {
+      const int close = vnxSyntaxe::SearchEndOfPar(s, after, limit);
+      return close ? close : kFailed;
+    }
+    if (vnxSyntaxe::isAlphaNumOrUnderScoreChar(c)) continue;  // a longer identifier
+    return c == ' ' ? after : after - 1;
+  }
+  return kNoMacro;
+}
+
+int endOfAccessLabel(const char* s, int from, int limit) {
+  const int n = limit - from;
+  if (n >= 7 && startsWith(s, from, limit, "public:")) return from + 6;
+  if (n >= 10 && startsWith(s, from, limit, "protected:")) return from + 9;
+  if (n >= 8 && startsWith(s, from, limit, "private:")) return from + 7;
+  return -1;
+}
+
+bool startsWithAny(const char* s, int i, int limit, const char* const* words) {
+  for (; *words; ++words)
+    if (startsWith(s, i, limit, *words, static_cast<int>(std::strlen(*words)))) return true;
+  return false;
+}
+
+// A colon at k that belongs to a scope operator "::" (the first of a run of
+// three colons does not).
+bool isScopeColon(const char* s, int from, int k, int limit) {
+  const bool before = k > from && s[k - 1] == ':';
+  const bool after = k < limit && s[k + 1] == ':';
+  if (!before && after && k + 2 <= limit && s[k + 2] == ':') return false;
+  return before || after;
+}
+
+// A colon at k outside a conditional: whether it ends the instruction that
+// starts at i (a label, case, access label or initialiser list) rather than
+// introducing a base list or a bit-field width.
+bool colonEndsInstruction(const char* s, int i, int k, int limit) {
+  static const char* const kTypeDeclarations[] = {"class ", "struct ", "interface ", nullptr};
+  if (startsWithAny(s, i, limit, kTypeDeclarations)) return false;
+  if (k == limit || !isDigit(s[k + 1])) return true;
+  return !startsWithAny(s, i, limit, vnxSyntaxe::basicTypes);
+}
+
+// The general walk from `from`: the first ';', a ':' that ends, a block.
+int scanInstruction(const char* s, int from, int i, int limit, int nested, int pending) {
+  for (int k = from; k <= limit; ++k) {
+    int jump = -1;  // end of a construct jumped over; 0 when it is not closed
+    switch (s[k]) {
+      case '?': ++pending; break;
+      case ':':
+        if (isScopeColon(s, from, k, limit)) break;
+        if (pending > 0) --pending;
+        else if (colonEndsInstruction(s, i, k, limit)) return k;
+        break;
+      case ';': return k;
+      case '{':
+        if (!nested) return k - 1;
+        jump = vnxSyntaxe::SearchEndOfTAPBloc(s, k, limit, 0);
+        return jump ? capAt(jump, limit) : kFailed;
+      case '"': jump = vnxSyntaxe::SearchEndOfString(s, k, limit); break;
+      case '\'': jump = vnxSyntaxe::SearchEndOfString2(s, k, limit); break;
+      case '(': jump = vnxSyntaxe::SearchEndOfPar(s, k, limit); break;
+      case '[': jump = vnxSyntaxe::SearchEndOfIndex(s, k, limit); break;
+      case 'L':
+        if (k < limit - 1 && isQuote(s[k + 1])) jump = skipWideLiteral(s, k, limit);
+        break;
+      default: break;
+    }
+    if (jump == 0) return kFailed;
+    if (jump > 0) k = jump;
+  }
+  return limit;
+}
+
+int endOfInstruction(const char* s, int from, int limit, int nested, int pending, int nesting) {
+  if (!s || from < 0 || limit < from) return kFailed;
+  // Each level is one controlled statement (if(a)if(b)...): beyond the cap the
+  // text is refused rather than followed down the stack.
+  if (nesting > vnxSyntaxe::kMaxInstructionNesting) return kFailed;
+  const int i = firstNonBlank(s, from, limit);
+
+  if (const int keyword = controlKeywordAt(s, i, limit)) return endOfControl(s, i, keyword, limit, pending, nesting);
+  if ((i < limit - 4 && startsElse(s, i, limit)) || (i < limit - 2 && startsDo(s, i, limit)))
+    return endOfElseOrDo(s, i, limit, pending, nesting);
+
+  if (s[from] != '(' && i <= limit) {
+    const ZELListValZELString& macros = statementMacros();
+    if (macros.Size() > 0) {
+      const int end = endOfStatementMacro(s, i, limit, macros);
+      if (end != kNoMacro) return end;
+    }
+  }
+  const int label = endOfAccessLabel(s, from, limit);
+  if (label >= 0) return label;
+  return scanInstruction(s, from, i, limit, nested, pending);
+}
+
+}  // namespace
+
+// The class-wide list, refilled from the macro registry whenever a Release has
+// emptied it.
+namespace {
+ZELListValZELString& statementMacros() {
+  ZELListValZELString& list = vnxSyntaxeAccess::listMacro();
+  if (list.Size() == 0) {
+    vnxSourceFile::getMacroWithSemicolon(list);
+    if (list.Size() > 1) wbUsefull::QuickSortZELString(list);
+  }
+  return list;
+}
+}  // namespace
+
+int vnxSyntaxe::SearchEndOfTAPInstruction(const char* s, int from, int limit, int nested, int pendingQuestion) {
+  const int end = endOfInstruction(s, from, limit, nested, pendingQuestion, 0);
+  return end == kFailed ? 0 : end;
+}
+
+int vnxscan::endOfInstruction(const char* s, int from, int limit) {
+  return ::endOfInstruction(s, from, limit, 0, 0, 0);
+}

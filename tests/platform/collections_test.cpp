@@ -1,0 +1,164 @@
+// The framework's lists: 1-based positions, clamped insertions, harmless
+// answers out of range, and the two sorts.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "TAFatalError.h"
+#include "TestSupport.h"
+#include "ZELLists.h"
+#include "wbPathFinder.h"
+
+namespace {
+
+std::vector<int> items(const ZELListVal<int>& list) {
+  std::vector<int> out;
+  for (int i = 1; i <= list.Size(); ++i) out.push_back(list[i]);
+  return out;
+}
+
+TEST(PlatformLists, ValueListsAreOneBasedWithClampedInsertions) {
+  ZELListVal<int> list;
+  list.Append(20);
+  list.InsertAt(1, 10);
+  list.InsertAt(0, 5);     // before the start: goes first
+  list.InsertAt(99, 30);   // past the end: goes last
+  list.InsertAt(4, 25);
+  EXPECT_EQ(std::vector<int>({5, 10, 20, 25, 30}), items(list));
+  EXPECT_EQ(3, list.Locate(20));
+  EXPECT_EQ(0, list.Locate(21));
+
+  list.RemovePosition(0);
+  list.RemovePosition(6);
+  list.RemovePosition(1);
+  EXPECT_EQ(std::vector<int>({10, 20, 25, 30}), items(list));
+
+  ZELListVal<int> other;
+  other.Append(1);
+  list.Append(other);
+  list.Append(list);
+  EXPECT_EQ(std::vector<int>({10, 20, 25, 30, 1, 10, 20, 25, 30, 1}), items(list));
+  list.RemoveAll(ZELCollec::KeepMemory);
+  EXPECT_EQ(0, list.Size());
+}
+
+TEST(PlatformListsDeathTest, ValueListAccessOutOfRangeIsFatal) {
+  ZELListVal<int> list;
+  list.Append(1);
+  EXPECT_DEATH(list[2], "position out of range");
+  EXPECT_DEATH(list[0], "position out of range");
+}
+
+TEST(PlatformLists, PointerListsAnswerNullOutOfRange) {
+  int a = 1, b = 2;
+  ZELListPtr<int> list;
+  list.Append(&a);
+  list.InsertAt(1, &b);
+  EXPECT_EQ(&b, list[1]);
+  EXPECT_EQ(&a, list[2]);
+  EXPECT_EQ(nullptr, list[0]);
+  EXPECT_EQ(nullptr, list[3]);
+  EXPECT_EQ(2, list.Locate(&a));
+  list.Append(list);
+  EXPECT_EQ(4, list.Size());
+  EXPECT_EQ(&a, list[4]);
+  list.RemovePosition(1);
+  EXPECT_EQ(&a, list[1]);
+  list.RemoveAll();
+  EXPECT_EQ(nullptr, list[1]);
+}
+
+TEST(PlatformLists, RawCollectionsAnswerDefaultsOutOfRange) {
+  ZELRawCollint ints;
+  ints.Append(3);
+  ints.InsertAt(-4, 1);
+  const ZELRawCollint& constInts = ints;
+  EXPECT_EQ(1, constInts[1]);
+  EXPECT_EQ(0, constInts[0]);
+  EXPECT_EQ(0, constInts[3]);
+  EXPECT_EQ(2, ints.Locate(3));
+  ints[2] = 7;
+  ZELRawCollint same;
+  same.Append(1);
+  same.Append(7);
+  EXPECT_TRUE(ints == same);
+  same.RemovePosition(5);
+  same.RemovePosition(1);
+  EXPECT_TRUE(ints != same);
+
+  int x = 0, y = 0;
+  ZELRawCollPV pointers;
+  pointers.Append(&x);
+  pointers.Set(2, &y);  // out of range: ignored
+  pointers.InsertAt(100, &y);
+  EXPECT_EQ(&y, pointers[2]);
+  EXPECT_EQ(nullptr, pointers[3]);
+  EXPECT_EQ(nullptr, pointers[0]);
+  EXPECT_EQ(2, pointers.Locate(&y));
+  pointers.Set(1, &y);
+  EXPECT_EQ(1, pointers.Locate(&y));
+}
+
+int compareStrings(const void* a, const void* b) {
+  return std::strcmp(static_cast<const char*>(a), static_cast<const char*>(b));
+}
+
+int compareNumbers(const void* a, const void* b) {
+  const intptr_t x = reinterpret_cast<intptr_t>(a), y = reinterpret_cast<intptr_t>(b);
+  return x < y ? -1 : (x > y ? 1 : 0);
+}
+
+TEST(PlatformLists, RawPointerQuickSortOrdersElementsByTheCompareFunction) {
+  const char* words[] = {"pear", "apple", "fig", "apple", "", "Zebra"};
+  ZELRawCollPV list;
+  for (const char* w : words) list.Append(const_cast<char*>(w));
+  list.QuickSort(compareStrings);
+  std::vector<std::string> sorted;
+  for (int i = 1; i <= list.Size(); ++i) sorted.push_back(static_cast<const char*>(list[i]));
+  EXPECT_EQ(std::vector<std::string>({"", "Zebra", "apple", "apple", "fig", "pear"}), sorted);
+
+  list.QuickSort(nullptr);  // no order given: nothing moves
+  EXPECT_STREQ("", static_cast<const char*>(list[1]));
+
+  // A long descending run must not go quadratic or lose elements.
+  ZELRawCollPV numbers;
+  const int n = 200000;
+  for (intptr_t i = n; i > 0; --i) numbers.Append(reinterpret_cast<void*>(i));
+  numbers.QuickSort(compareNumbers);
+  ASSERT_EQ(n, numbers.Size());
+  for (int i = 1; i <= n; i += 1999) EXPECT_EQ(reinterpret_cast<void*>(static_cast<intptr_t>(i)), numbers[i]);
+}
+
+int alwaysLess(const void*, const void*) { return -1; }
+
+TEST(PlatformLists, RawPointerQuickSortSurvivesAnInconsistentCompareFunction) {
+  ZELRawCollPV list;
+  for (intptr_t i = 0; i < 1000; ++i) list.Append(reinterpret_cast<void*>(i % 7));
+  list.QuickSort(alwaysLess);
+  ASSERT_EQ(1000, list.Size());
+  long sum = 0;
+  for (int i = 1; i <= list.Size(); ++i) sum += static_cast<long>(reinterpret_cast<intptr_t>(list[i]));
+  long expected = 0;
+  for (int i = 0; i < 1000; ++i) expected += i % 7;
+  EXPECT_EQ(expected, sum);  // a permutation: nothing lost, nothing invented
+}
+
+TEST(PlatformLists, StringQuickSortUsesByteOrder) {
+  ZELListValZELString list;
+  for (const char* s : {"b", "a\xC3\xA9", "B", "", "a", "b", "az"}) list.Append(ZELString(s));
+  wbUsefull::QuickSortZELString(list);
+  std::vector<std::string> sorted;
+  for (int i = 1; i <= list.Size(); ++i) sorted.push_back(list[i].str());
+  // Bytes of 128 and above sort after ASCII letters.
+  EXPECT_EQ(std::vector<std::string>({"", "B", "a", "az", "a\xC3\xA9", "b", "b"}), sorted);
+
+  ZELListValZELString single;
+  single.Append(ZELString("only"));
+  wbUsefull::QuickSortZELString(single);
+  EXPECT_EQ(1, single.Size());
+}
+
+}  // namespace

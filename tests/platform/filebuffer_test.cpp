@@ -1,0 +1,105 @@
+// ZELFileBuffer and its pool: whole-file reads into NUL-terminated buffers,
+// unreadable files, and reading ahead.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "PlatformTestDir.h"
+#include "ZELFileBuffer.h"
+
+namespace {
+
+std::string contentOf(ZELFileBuffer* buffer) {
+  const char* text = buffer->getBuffer();
+  return text ? std::string(text, buffer->getBufferSize()) : std::string("<null>");
+}
+
+TEST(PlatformFileBuffer, ReadsWholeFilesExactlyAndTerminatesThem) {
+  ScratchDir dir;
+  std::string big;
+  for (int i = 0; big.size() < 300000; ++i) big += "line " + std::to_string(i) + "\r\n";
+  const struct {
+    const char* name;
+    std::string content;
+  } rows[] = {
+      {"plain.h", "int x;\n"},
+      {"empty.h", ""},
+      {"nul.h", std::string("a\0b\0", 4)},
+      {"big.h", big},  // larger than one read chunk
+      {"high.h", "caf\xC3\xA9 \xFF"},
+  };
+  for (const auto& row : rows) {
+    const std::string name = dir.file(row.name, row.content);
+    ZELFileBuffer* buffer = ZELFileBuffer::CreateFromFile(name.c_str());
+    EXPECT_STREQ(name.c_str(), buffer->getFileName());
+    EXPECT_EQ(1, buffer->isReadable()) << row.name;
+    EXPECT_EQ(row.content.size(), buffer->getBufferSize()) << row.name;
+    EXPECT_EQ(row.content, contentOf(buffer)) << row.name;
+    EXPECT_EQ('\0', buffer->getBuffer()[buffer->getBufferSize()]) << row.name;
+    buffer->destroy();
+  }
+}
+
+TEST(PlatformFileBuffer, UnreadableNamesGiveANullBufferOfSizeZero) {
+  ScratchDir dir;
+  const std::string missing = dir.path() + "/missing.h";
+  for (const char* name : {missing.c_str(), dir.path().c_str(), "", static_cast<const char*>(nullptr)}) {
+    ZELFileBuffer* buffer = ZELFileBuffer::CreateFromFile(name);
+    EXPECT_EQ(0, buffer->isReadable()) << (name ? name : "null");
+    EXPECT_EQ(nullptr, buffer->getBuffer());
+    EXPECT_EQ(0u, buffer->getBufferSize());
+    EXPECT_STREQ(name ? name : "", buffer->getFileName());
+    buffer->destroy();
+  }
+}
+
+TEST(PlatformFileBuffer, BuffersFromStringsHoldACopy) {
+  char text[] = "abc";
+  ZELFileBuffer* buffer = ZELFileBuffer::CreateFromString(text, "mem.h");
+  text[0] = 'x';
+  EXPECT_EQ("abc", contentOf(buffer));
+  EXPECT_STREQ("mem.h", buffer->getFileName());
+  EXPECT_EQ(1, buffer->isReadable());
+  buffer->destroy();
+
+  ZELFileBuffer* empty = ZELFileBuffer::CreateFromString(nullptr);
+  EXPECT_EQ(1, empty->isReadable());
+  EXPECT_STREQ("", empty->getBuffer());
+  EXPECT_EQ(0u, empty->getBufferSize());
+  EXPECT_STREQ("", empty->getFileName());
+  empty->destroy();
+}
+
+// Reading ahead is observable: a file removed after being appended to the
+// pool keeps its text; once multi-threading is off, buffers read lazily.
+TEST(PlatformFileBuffer, ThePoolReadsAheadUntilMultiThreadingIsDisabled) {
+  ScratchDir dir;
+  ZELFileBufferPool pool;
+  int appended = 0;
+  if (!ZELFileBufferPool::isMultiThreadDisabled()) {
+    const std::string early = dir.file("early.h", "early");
+    ZELFileBuffer* ahead = ZELFileBuffer::CreateFromFile(early.c_str());
+    pool.append(ahead);
+    ++appended;
+    std::remove(early.c_str());
+    EXPECT_EQ("early", contentOf(ahead));
+    ahead->destroy();
+  }
+  ZELFileBufferPool::disableMultiThread();
+  EXPECT_EQ(1, ZELFileBufferPool::isMultiThreadDisabled());
+  const std::string late = dir.file("late.h", "late");
+  ZELFileBuffer* lazy = ZELFileBuffer::CreateFromFile(late.c_str());
+  pool.append(lazy);
+  pool.append(nullptr);  // ignored
+  ++appended;
+  std::remove(late.c_str());
+  EXPECT_EQ(0, lazy->isReadable());
+  EXPECT_EQ(appended, pool.size());
+  pool.reset();
+  EXPECT_EQ(0, pool.size());
+  lazy->destroy();
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+// File names and include resolution: joining, dirname/basename, directory
+// tests, and the path finder's search order.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "PlatformTestDir.h"
+#include "TAFileName.h"
+#include "wbPathFinder.h"
+
+namespace {
+
+TEST(PlatformFileName, JoinPutsExactlyOneSeparatorBetweenNonEmptyParts) {
+  const struct {
+    const char* dir;
+    const char* child;
+    const char* joined;
+  } rows[] = {
+      {"a", "b", "a/b"},     {"a/", "b", "a/b"},   {"a", "/b", "a/b"}, {"a/", "/b", "a/b"},
+      {"/", "b", "/b"},      {"", "b", "b"},       {"a", "", "a"},     {"a", nullptr, "a"},
+      {"a/b", "c/d.h", "a/b/c/d.h"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_STREQ(row.joined, TAFileName(row.dir).Join(row.child)) << row.dir << " + " << (row.child ? row.child : "null");
+    EXPECT_STREQ(row.joined, TAFileName(TAFileName(row.dir), row.child).CastToCharPtr());
+  }
+}
+
+TEST(PlatformFileName, DirnameAndBasenameSplitAtTheLastSlash) {
+  const struct {
+    const char* name;
+    const char* dir;
+    const char* base;
+  } rows[] = {
+      {"a/b/c.h", "a/b", "c.h"}, {"c.h", ".", "c.h"}, {"/c.h", "/", "c.h"}, {"/", "/", ""},
+      {"a/", "a", ""},           {"", ".", ""},       {"./x", ".", "x"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_STREQ(row.dir, TAFileName(row.name).dirname()) << row.name;
+    EXPECT_STREQ(row.base, TAFileName(row.name).basename()) << row.name;
+  }
+}
+
+TEST(PlatformFileName, NullNamesAndDirectoryTests) {
+  EXPECT_EQ(1, TAFileName().IsNull());
+  EXPECT_EQ(1, TAFileName(nullptr).IsNull());
+  EXPECT_EQ(1, TAFileName("").IsNull());
+  EXPECT_EQ(0, TAFileName("x").IsNull());
+  EXPECT_STREQ("", TAFileName(nullptr));  // the C-string view is never null
+
+  ScratchDir dir;
+  ASSERT_FALSE(dir.path().empty());
+  const std::string file = dir.file("f.h", "x");
+  const std::string sub = dir.subdir("sub");
+  EXPECT_EQ(1, TAFileName(dir.path().c_str()).IsDirectory());
+  EXPECT_EQ(1, TAFileName(sub.c_str()).IsDirectory());
+  EXPECT_EQ(0, TAFileName(file.c_str()).IsDirectory());
+  EXPECT_EQ(0, TAFileName((dir.path() + "/missing").c_str()).IsDirectory());
+  EXPECT_EQ(0, TAFileName().IsDirectory());
+  EXPECT_TRUE(TAFileName("a/b") == TAFileName("a").Join("b"));
+  EXPECT_TRUE(TAFileName("a/b") != TAFileName("a/c"));
+}
+
+TEST(PlatformPathFinder, TheFirstDirectoryHoldingTheFileWins) {
+  ScratchDir root;
+  const std::string first = root.subdir("first");
+  const std::string second = root.subdir("second");
+  root.file("first/both.h", "1");
+  const std::string secondBoth = root.file("second/both.h", "2");
+  const std::string onlySecond = root.file("second/only.h", "3");
+  root.subdir("second/sub");
+  root.file("second/sub/deep.h", "4");
+
+  wbPathFinder finder;
+  finder.AddDirectory(first.c_str());
+  finder.AddDirectory("");
+  finder.AddDirectory(nullptr);
+  finder.AddDirectory((second + "/").c_str());
+  EXPECT_EQ(2, finder.GetDirectoryCount());
+  EXPECT_STREQ(first.c_str(), finder.GetDirectory(1));
+  EXPECT_EQ(nullptr, finder.GetDirectory(0));
+  EXPECT_EQ(nullptr, finder.GetDirectory(3));
+
+  EXPECT_EQ(first + "/both.h", finder.SearchFor("both.h").GetPtrToFullname());
+  EXPECT_EQ(onlySecond, finder.SearchFor("only.h").GetPtrToFullname());
+  EXPECT_EQ(second + "/sub/deep.h", finder.SearchFor("sub/deep.h").GetPtrToFullname());
+  // Directories are not files, and absent names are not found.
+  EXPECT_EQ(1, finder.SearchFor("sub").IsNull());
+  EXPECT_EQ(1, finder.SearchFor("missing.h").IsNull());
+  EXPECT_EQ(1, finder.SearchFor("").IsNull());
+  EXPECT_EQ(1, finder.SearchFor(nullptr).IsNull());
+  // Absolute names are answered as they are, when they exist.
+  EXPECT_EQ(secondBoth, finder.SearchFor(secondBoth.c_str()).GetPtrToFullname());
+  EXPECT_EQ(1, finder.SearchFor((root.path() + "/nowhere.h").c_str()).IsNull());
+  EXPECT_EQ(1, wbPathFinder().SearchFor("both.h").IsNull());
+}
+
+TEST(PlatformPathFinder, WithExtensionReplacesOnlyTheLastElementsExtension) {
+  EXPECT_STREQ("a/b.c.idl", wbFileName("a/b.c.h").WithExtension("idl").GetPtrToFullname());
+  EXPECT_STREQ("a.b/c.idl", wbFileName("a.b/c").WithExtension("idl").GetPtrToFullname());
+  EXPECT_STREQ("noext.h", wbFileName("noext").WithExtension("h").GetPtrToFullname());
+  EXPECT_EQ(1, wbFileName().IsNull());
+  EXPECT_EQ(1, wbFileName(nullptr).IsNull());
+  EXPECT_STREQ("", wbFileName(nullptr).GetPtrToFullname());
+}
+
+}  // namespace

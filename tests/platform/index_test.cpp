@@ -1,0 +1,132 @@
+// TAIndex: first-position look-ups with duplicates, removals that shift
+// positions, owned keys, and copies.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TAIndex.h"
+
+namespace {
+
+void* value(long v) { return reinterpret_cast<void*>(v); }
+
+TEST(PlatformIndex, DuplicatesAreKeptAndLookUpsAnswerTheFirstPosition) {
+  TAIndex index;
+  EXPECT_EQ(0, index.Append("a", value(1)));
+  EXPECT_EQ(1, index.Append("b", value(2)));
+  EXPECT_EQ(2, index.Append("a", value(3)));
+  EXPECT_EQ(3, index.Size());
+  EXPECT_EQ(0, index.IsIn("a"));
+  EXPECT_EQ(1, index.IsIn("b"));
+  EXPECT_EQ(-1, index.IsIn("c"));
+  EXPECT_EQ(-1, index.IsIn("A"));
+  EXPECT_EQ(value(3), index.GetValue(2));
+  EXPECT_STREQ("a", index.GetKey(2));
+}
+
+TEST(PlatformIndex, NullKeysAreRefusedAndEmptyKeysAreOrdinary) {
+  TAIndex index;
+  EXPECT_EQ(-1, index.Append(nullptr, value(1)));
+  EXPECT_EQ(0, index.Size());
+  EXPECT_EQ(-1, index.IsIn(nullptr));
+  EXPECT_EQ(0, index.Append("", value(2)));
+  EXPECT_EQ(0, index.IsIn(""));
+}
+
+TEST(PlatformIndex, KeysAreCopiedAtAppend) {
+  TAIndex index;
+  char key[] = "name";
+  index.Append(key, nullptr);
+  key[0] = 'g';
+  EXPECT_EQ(0, index.IsIn("name"));
+  EXPECT_EQ(-1, index.IsIn("game"));
+  EXPECT_NE(key, index.GetKey(0));
+}
+
+TEST(PlatformIndex, RemovePositionShiftsLaterEntriesAndLookUpsFollow) {
+  TAIndex index;
+  for (const char* k : {"a", "b", "a", "c", "b"}) index.Append(k, const_cast<char*>(k));
+  index.RemovePosition(0);  // the first "a" goes; the second becomes the first
+  EXPECT_EQ(4, index.Size());
+  EXPECT_EQ(0, index.IsIn("b"));
+  EXPECT_EQ(1, index.IsIn("a"));
+  EXPECT_EQ(2, index.IsIn("c"));
+
+  index.RemovePosition(0);
+  index.RemovePosition(1);  // removals in a row, then appends, before any look-up
+  index.Append("d", nullptr);
+  index.Append("a", nullptr);
+  EXPECT_EQ(0, index.IsIn("a"));
+  EXPECT_EQ(1, index.IsIn("b"));
+  EXPECT_EQ(-1, index.IsIn("c"));
+  EXPECT_EQ(2, index.IsIn("d"));
+  EXPECT_EQ(4, index.Size());
+
+  index.RemovePosition(-1);
+  index.RemovePosition(4);
+  EXPECT_EQ(4, index.Size());
+}
+
+TEST(PlatformIndex, OutOfRangePositionsAnswerNullAndIgnoreWrites) {
+  TAIndex index;
+  index.Append("k", value(7));
+  EXPECT_EQ(nullptr, index.GetKey(1));
+  EXPECT_EQ(nullptr, index.GetKey(-1));
+  EXPECT_EQ(nullptr, index.GetValue(1));
+  index.SetValue(1, value(9));
+  index.SetValue(-1, value(9));
+  index.SetValue(0, value(8));
+  EXPECT_EQ(value(8), index.GetValue(0));
+}
+
+TEST(PlatformIndex, ResetEmptiesAndTheIndexStaysUsable) {
+  TAIndex index;
+  index.Append("x", nullptr);
+  index.Append("y", nullptr);
+  index.RemovePosition(0);
+  index.Reset();
+  EXPECT_EQ(0, index.Size());
+  EXPECT_EQ(-1, index.IsIn("y"));
+  EXPECT_EQ(0, index.Append("y", nullptr));
+  EXPECT_EQ(0, index.IsIn("y"));
+}
+
+TEST(PlatformIndex, CopiesAreIndependentEvenFromAnIndexWithPendingRemovals) {
+  TAIndex original;
+  original.Append("a", value(1));
+  original.Append("b", value(2));
+  original.Append("a", value(3));
+  original.RemovePosition(0);  // look-ups not rebuilt yet
+
+  TAIndex copy(original);
+  EXPECT_EQ(2, copy.Size());
+  EXPECT_EQ(1, copy.IsIn("a"));
+  EXPECT_EQ(value(3), copy.GetValue(1));
+
+  original.Reset();
+  EXPECT_EQ(0, copy.IsIn("b"));
+  EXPECT_STREQ("b", copy.GetKey(0));
+
+  TAIndex assigned;
+  assigned.Append("zzz", nullptr);
+  assigned = copy;
+  EXPECT_EQ(-1, assigned.IsIn("zzz"));
+  EXPECT_EQ(1, assigned.IsIn("a"));
+  TAIndex& alias = assigned;
+  assigned = alias;
+  EXPECT_EQ(2, assigned.Size());
+  EXPECT_EQ(0, assigned.IsIn("b"));
+}
+
+TEST(PlatformIndex, HundredThousandKeysAreFoundAtTheirPositions) {
+  TAIndex index;
+  const int n = 100000;
+  for (int i = 0; i < n; ++i) index.Append(("key" + std::to_string(i)).c_str(), value(i));
+  for (int i = 0; i < n; i += 997) EXPECT_EQ(i, index.IsIn(("key" + std::to_string(i)).c_str()));
+  EXPECT_EQ(-1, index.IsIn("key100000"));
+  for (int i = 0; i < 10; ++i) index.RemovePosition(0);
+  EXPECT_EQ(0, index.IsIn("key10"));
+  EXPECT_EQ(n - 11, index.IsIn(("key" + std::to_string(n - 1)).c_str()));
+}
+
+}  // namespace

@@ -1,0 +1,141 @@
+// Reference counting and synchronous events.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "TAEvents.h"
+#include "TARefCounter.h"
+
+namespace {
+
+class Counted : public TARefCounter {
+ public:
+  explicit Counted(bool* destroyed) : _destroyed(destroyed) {}
+  ~Counted() override { *_destroyed = true; }
+
+ private:
+  bool* _destroyed;
+};
+
+TEST(PlatformRefCounter, TheObjectIsDeletedWhenTheCountReachesZero) {
+  bool destroyed = false;
+  Counted* object = new Counted(&destroyed);
+  EXPECT_EQ(1, object->GetRefCount());
+  EXPECT_EQ(2, object->AddRef());
+  EXPECT_EQ(1, object->Release());
+  EXPECT_FALSE(destroyed);
+  EXPECT_EQ(0, object->Release());
+  EXPECT_TRUE(destroyed);
+}
+
+TEST(PlatformRefCounter, ACopyStartsItsOwnCountAtOne) {
+  bool destroyedA = false;
+  Counted* a = new Counted(&destroyedA);
+  a->AddRef();
+  a->AddRef();
+  Counted* b = new Counted(*a);
+  EXPECT_EQ(1, b->GetRefCount());
+  *b = *a;  // assignment keeps the target's count
+  EXPECT_EQ(1, b->GetRefCount());
+  b->Release();
+  EXPECT_TRUE(destroyedA);  // the copy shares the flag pointer of a
+  destroyedA = false;
+  EXPECT_EQ(3, a->GetRefCount());
+  a->Release();
+  a->Release();
+  a->Release();
+  EXPECT_TRUE(destroyedA);
+}
+
+class NamedEvent : public TAEvent {
+ public:
+  explicit NamedEvent(const char* name) : _name(name) {}
+  const char* isA() const override { return _name; }
+
+ private:
+  const char* _name;
+};
+
+// Records every delivery in a shared log and can run an action on receipt.
+class Recorder : public TACallbackSubscriber {
+ public:
+  Recorder(std::string name, std::vector<std::string>* log) : _name(std::move(name)), _log(log) {}
+  int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent* event) override {
+    _log->push_back(_name + ":" + event->isA());
+    lastPublisher = publisher;
+    if (onReceive) onReceive();
+    return 0;
+  }
+  std::function<void()> onReceive;
+  TACallbackPublisher* lastPublisher = nullptr;
+
+ private:
+  std::string _name;
+  std::vector<std::string>* _log;
+};
+
+TEST(PlatformEvents, SubscribersAreCalledOnceEachInSubscriptionOrder) {
+  std::vector<std::string> log;
+  Recorder a("a", &log), b("b", &log), c("c", &log);
+  TACallbackPublisher publisher;
+  publisher.AddSubscriber(&b);
+  publisher.AddSubscriber(&a);
+  publisher.AddSubscriber(&c);
+  publisher.AddSubscriber(&a);  // already there
+  publisher.AddSubscriber(nullptr);
+  EXPECT_EQ(3, publisher.SubscriberCount());
+
+  const NamedEvent event("EventLoadFile");
+  EXPECT_EQ(3, publisher.SendCallback(&event));
+  EXPECT_EQ(std::vector<std::string>({"b:EventLoadFile", "a:EventLoadFile", "c:EventLoadFile"}), log);
+  EXPECT_EQ(&publisher, a.lastPublisher);
+
+  publisher.RemoveSubscriber(&a);
+  publisher.RemoveSubscriber(&a);  // absent: nothing happens
+  log.clear();
+  EXPECT_EQ(2, publisher.SendCallback(&event));
+  EXPECT_EQ(std::vector<std::string>({"b:EventLoadFile", "c:EventLoadFile"}), log);
+}
+
+TEST(PlatformEvents, ChangesDuringADeliveryTakeEffectAsDocumented) {
+  std::vector<std::string> log;
+  Recorder a("a", &log), b("b", &log), c("c", &log), d("d", &log);
+  TACallbackPublisher publisher;
+  publisher.AddSubscriber(&a);
+  publisher.AddSubscriber(&b);
+  publisher.AddSubscriber(&c);
+  // a removes b (not called afterwards) and itself, and adds d (called from
+  // the next delivery on).
+  a.onReceive = [&] {
+    publisher.RemoveSubscriber(&b);
+    publisher.RemoveSubscriber(&a);
+    publisher.AddSubscriber(&d);
+  };
+  const NamedEvent event("E");
+  EXPECT_EQ(2, publisher.SendCallback(&event));
+  EXPECT_EQ(std::vector<std::string>({"a:E", "c:E"}), log);
+
+  log.clear();
+  EXPECT_EQ(2, publisher.SendCallback(&event));
+  EXPECT_EQ(std::vector<std::string>({"c:E", "d:E"}), log);
+}
+
+TEST(PlatformEvents, CopiedPublishersStartWithoutSubscribers) {
+  std::vector<std::string> log;
+  Recorder a("a", &log);
+  TACallbackPublisher publisher;
+  publisher.AddSubscriber(&a);
+  TACallbackPublisher copy(publisher);
+  EXPECT_EQ(0, copy.SubscriberCount());
+  TACallbackPublisher assigned;
+  assigned = publisher;
+  EXPECT_EQ(0, assigned.SubscriberCount());
+  EXPECT_EQ(1, publisher.SubscriberCount());
+  const NamedEvent event("E");
+  EXPECT_EQ(0, copy.SendCallback(&event));
+  EXPECT_TRUE(log.empty());
+}
+
+}  // namespace

@@ -1,0 +1,193 @@
+// Which branch of a conditional group is kept: #ifdef / #ifndef, the
+// condition grammar of #if and #elif (defined, !, &&, ||, parentheses, and
+// bare names and literals only as the last token), the always-defined names,
+// and the errors written for empty or malformed conditions.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "../../source/vnxPreproDirectiveParser.h"
+#include "TestSupport.h"
+#include "directive_test_support.h"
+#include "vnxPreproConditionalGroup.h"
+#include "vnxPreproDirectiveConditional.h"
+#include "vnxSourceFile.h"
+
+namespace {
+
+// A source file whose directive list holds the given #define lines.
+struct SourceWithDefines {
+  explicit SourceWithDefines(const std::vector<std::string>& defines) {
+    for (const std::string& line : defines) {
+      const std::string text = line + "\n";
+      vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(text.c_str(), 0, 1, 1, 0);
+      if (d) file.source->addPreproDirective(d);
+    }
+  }
+  ScopedSource file{"t.h"};
+};
+
+// The text of the branch that the group built over text keeps: "" when every
+// branch is dead, "<null>" when no group is made.
+std::string keptBranch(vnxSourceFile* source, const std::string& text) {
+  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(source, text.c_str(), 0, 1, 1, 0);
+  if (!group) return "<null>";
+  std::string kept;
+  if (vnxPreproDirectiveConditional* selected = group->getSucceedingDirective()) {
+    if (!selected->isEmptyText()) {
+      const unsigned int begin = selected->getBeginTextPosInRawStream();
+      const unsigned int end = selected->getEndTextPosInRawStream();
+      kept = text.substr(begin, end - begin + 1);
+    }
+  }
+  group->Release();
+  return kept;
+}
+
+std::string ifElse(const std::string& condition) { return "#if " + condition + "\nYES\n#else\nNO\n#endif\n"; }
+
+TEST(ConditionalEvaluation, IfConditionsSelectTheBranchTheGrammarGives) {
+  struct Case {
+    std::vector<std::string> defines;
+    const char* condition;
+    const char* kept;  // "YES\n" or "NO\n"
+  };
+  const char* const yes = "YES\n";
+  const char* const no = "NO\n";
+  const std::vector<Case> cases = {
+      {{}, "1", yes},
+      {{}, "0", no},
+      {{"#define A 1"}, "A", yes},
+      {{"#define A 0"}, "A", no},
+      {{"#define A 0 // off"}, "A", no},
+      {{"#define A 0 /* off */"}, "A", no},
+      {{"#define A"}, "A", yes},
+      {{"#define A(x) x"}, "A", no},
+      {{}, "A", no},
+      {{}, "!A", yes},
+      {{"#define A 1"}, "!A", no},
+      {{"#define A 1"}, "!!A", yes},
+      {{"#define A 0"}, "defined(A)", yes},
+      {{"#define A(x) x"}, "defined(A)", yes},
+      {{}, "defined(A)", no},
+      {{"#define A"}, "defined(A) && !defined(B)", yes},
+      {{"#define A", "#define B"}, "defined(A) && !defined(B)", no},
+      {{"#define B"}, "defined(A) || defined(B)", yes},
+      // && binds tighter than ||, and a false left operand still consumes its tail.
+      {{"#define C"}, "defined(A) && defined(B) || defined(C)", yes},
+      {{"#define A"}, "defined(A) || defined(B) && defined(C)", yes},
+      {{"#define B"}, "defined(A) || defined(B) && defined(C)", no},
+      {{"#define A"}, "(defined A)", yes},
+      {{"#define A", "#define C"}, "(defined(A) || defined(B)) && defined(C)", yes},
+      // Bare names and literals count only as the very last token.
+      {{"#define A 1"}, "(A)", no},
+      {{"#define X 1", "#define Y"}, "X && defined(Y)", no},
+      {{"#define X 1", "#define Y"}, "defined(Y) && X", yes},
+      {{"#define X 1"}, "1 || X", no},
+      {{}, "defined(A) || 1", yes},
+      // Two names: the first one's replacement against the second's.
+      {{"#define OS WIN", "#define WIN"}, "OS WIN", no},
+      {{"#define OS WIN"}, "OS WIN", yes},
+      {{"#define OS 3", "#define WIN 3"}, "OS WIN", yes},
+      {{}, "OS WIN", no},
+      // Comparisons and arithmetic are not evaluated.
+      {{"#define A 1"}, "A == 1", no},
+      // Three names are defined everywhere, but have no replacement.
+      {{}, "defined HARBO_CLIENT", yes},
+      {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", yes},
+      {{}, "HARBO_CLIENT", no},
+      {{"#define A 1"}, "defined(A) /* why */ && \\\n defined(A)", yes},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.condition);
+    SourceWithDefines source(c.defines);
+    EXPECT_EQ(c.kept, keptBranch(source.file.source, ifElse(c.condition)));
+  }
+}
+
+TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
+  struct Case {
+    std::vector<std::string> defines;
+    const char* text;
+    const char* kept;
+  };
+  const char* const chain = "#if defined(A)\na\n#elif defined(B)\nb\n#elif defined(C)\nc\n#else\nd\n#endif\n";
+  const std::vector<Case> cases = {
+      {{"#define X"}, "#ifdef X\nx\n#endif\n", "x\n"},
+      {{}, "#ifdef X\nx\n#endif\n", ""},
+      {{}, "#ifdef X // note\nx\n#else\ny\n#endif\n", "y\n"},
+      {{}, "#ifndef X\nx\n#else\ny\n#endif\n", "x\n"},
+      {{"#define X"}, "#ifndef X\nx\n#else\ny\n#endif\n", "y\n"},
+      {{}, "#ifdef HARBO_CLIENT\nh\n#endif\n", "h\n"},
+      {{"#define A", "#define B"}, chain, "a\n"},
+      {{"#define B", "#define C"}, chain, "b\n"},
+      {{"#define C"}, chain, "c\n"},
+      {{}, chain, "d\n"},
+      {{}, "#if 1\na\n#else\nb\n#else\nc\n#endif\n", "a\n"},
+      {{}, "#if 0\na\n#else\nb\n#elif 1\nc\n#endif\n", "b\n"},
+      // A stray #else or #elif at the head of a group is never selected.
+      {{}, "#else\na\n#endif\n", ""},
+      {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    SourceWithDefines source(c.defines);
+    EXPECT_EQ(c.kept, keptBranch(source.file.source, c.text));
+  }
+}
+
+TEST(ConditionalEvaluation, MalformedConditionsWriteTheirErrorsOrMakeNoGroup) {
+  struct Case {
+    const char* text;
+    const char* kept;
+    std::vector<std::string> lines;
+  };
+  const std::string missing = "# VNX-ERROR:   Missing condition in conditional preprocessing directive beginning line ";
+  const std::string emptyN =
+      "# VNX-ERROR:   Problem in N condition in conditional preprocessing directive in source t.h";
+  const std::string empty = "# VNX-ERROR:   \tEmpty condition.";
+  const std::vector<Case> cases = {
+      {"#if\nx\n#else\ny\n#endif\n", "y\n", {missing + "1 in source t.h"}},
+      {"#if 0\nx\n#elif // none\ny\n#endif\n", "", {missing + "3 in source t.h"}},
+      {"#if defined(A) &&\nx\n#endif\n", "", {emptyN, empty}},
+      // "!" of a missing operand: one minus false.
+      {"#if !\nx\n#endif\n", "x\n", {emptyN, empty}},
+      {"#if ( defined A\nx\n#endif\n", "", {}},
+      {"#ifdef\nx\n#endif\n", "<null>", {}},
+      {"#ifdef A B\nx\n#endif\n", "<null>", {}},
+      {"#ifndef A /* c */ B\nx\n#endif\n", "<null>", {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    SourceWithDefines source({});
+    StreamCapture capture;
+    EXPECT_EQ(c.kept, keptBranch(source.file.source, c.text));
+    EXPECT_EQ(c.lines, capture.lines());
+  }
+}
+
+TEST(ConditionalEvaluation, WithoutASourceOnlyTheThreeAlwaysDefinedNamesAreDefined) {
+  EXPECT_EQ("YES\n", keptBranch(nullptr, ifElse("defined(HARBO_CLIENT)")));
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("defined(A)")));
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("A")));
+  StreamCapture capture;
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("")));
+  EXPECT_EQ(std::vector<std::string>{"# VNX-ERROR:   Missing condition in conditional preprocessing directive "
+                                     "beginning line 1 in source "},
+            capture.lines());
+}
+
+TEST(ConditionalEvaluation, DeeplyNestedConditionsEndWithoutExhaustingTheStack) {
+  SourceWithDefines source({"#define A"});
+  const std::string nots(20000, '!');
+  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(nots + "defined(A)")));
+  const std::string open(20000, '(');
+  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(open + "defined(A)")));
+  std::string chain = "defined(A)";
+  for (int k = 0; k < 20000; ++k) chain += " && defined(A)";
+  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(chain)));
+  EXPECT_EQ("YES\n", keptBranch(source.file.source, ifElse("!!!!defined(A) && (((defined(A))))")));
+}
+
+}  // namespace

@@ -1,0 +1,223 @@
+// How a conditional group is read from the text: its directives, where each
+// branch begins and ends (offset, line, column), nested groups, continued
+// lines and comments that span lines, a group that runs to the end of the
+// text, the missing-#endif error, and the references handed out.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TestSupport.h"
+#include "directive_test_support.h"
+#include "vnxPreproConditionalGroup.h"
+#include "vnxPreproDirectiveConditional.h"
+#include "vnxSourceFile.h"
+
+namespace {
+
+typedef vnxPreproDirectiveConditional Directive;
+
+std::string place(unsigned int pos, unsigned int line, unsigned int col) {
+  return std::to_string(pos) + ":" + std::to_string(line) + ":" + std::to_string(col);
+}
+
+// Each directive as "<type> <condition>|<text begin>-<text end>", places as
+// offset:line:column; a branch marked empty must end before it begins.
+std::vector<std::string> directivesOf(vnxPreproConditionalGroup* group) {
+  std::vector<std::string> seen;
+  ZELListPtr<Directive> directives;
+  group->getConditionalDirectives(directives);
+  for (int k = 1; k <= directives.Size(); ++k) {
+    Directive* d = directives[k];
+    ZELListVal<vnxToken> condition;
+    d->getControlCondition(condition);
+    std::string line = std::to_string(d->getConditionalDirectiveType());
+    for (int t = 1; t <= condition.Size(); ++t) {
+      line += " " + std::string(condition[t].getStart(), condition[t].getLength());
+    }
+    unsigned int bp, bl, bc, ep, el, ec;
+    d->getBeginTextInRawStream(bp, bl, bc);
+    d->getEndTextInRawStream(ep, el, ec);
+    seen.push_back(line + "|" + place(bp, bl, bc) + "-" + place(ep, el, ec));
+    if (d->getConditionalDirectiveType() != Directive::Endif) {
+      EXPECT_EQ(ep < bp, d->isEmptyText() != 0) << line;
+    }
+    d->Release();
+  }
+  return seen;
+}
+
+TEST(ConditionalGroup, GroupShapesAreReadToTheirEndif) {
+  struct Case {
+    const char* text;
+    int pos, line, col;  // where the group starts
+    std::vector<std::string> directives;
+    int size;  // initial group size
+  };
+  const std::vector<Case> cases = {
+      {"#if A\nx\n#else\ny\n#endif\nrest", 0, 1, 1, {"3 A|6:2:1-7:2:2", "5|14:4:1-15:4:2", "6|22:5:7-22:5:7"}, 23},
+      // Indented directives, a group that does not start the text.
+      {"int a;\n  #ifdef A\nx;\n\t#else\ny;\n #endif  \nz", 9, 2, 3,
+       {"1 A|18:3:1-20:3:3", "5|28:5:1-30:5:3", "6|38:6:8-40:6:10"}, 32},
+      // Nested groups belong to the branch that holds them.
+      {"#if 1\n#ifdef B\nb\n#else\nc\n#endif\n#else\nd\n#endif\n", 0, 1, 1,
+       {"3 1|6:2:1-31:6:7", "5|38:8:1-39:8:2", "6|46:9:7-46:9:7"}, 47},
+      // Empty branches, and "# if" with a blank after the number sign.
+      {"# if 1\n#elif 2\n#endif\n", 0, 1, 1, {"3 1|7:2:1-6:1:7", "4 2|15:3:1-14:2:8", "6|21:3:7-21:3:7"}, 22},
+      // A condition continued on the next line; the branch starts after it.
+      {"#if defined(A) \\\n  && defined(B)\nx\n#endif\n", 0, 1, 1,
+       {"3 defined ( A ) && defined ( B )|33:3:1-34:3:2", "6|41:4:7-41:4:7"}, 42},
+      // A comment spanning lines on the directive line, and one hiding an #else.
+      {"#if 0 /* a\nb */\n/*\n#else\n*/ x\n#endif\n", 0, 1, 1, {"3 0|16:3:1-29:5:5", "6|36:6:7-36:6:7"}, 37},
+      // A line comment after a directive, and one continued over a directive line.
+      {"#if 1 // note\nx\n// c \\\n#else\n#endif // end\n", 0, 1, 1, {"3 1|14:2:1-28:4:6", "6|35:5:7-42:5:14"}, 43},
+      // Literals do not hide directive lines, even when left open.
+      {"#if 0\ns = \"#endif\";\nc = 'don't;\n#else\n#endif\n", 0, 1, 1,
+       {"3 0|6:2:1-31:3:12", "5|38:5:1-37:4:6", "6|44:5:7-44:5:7"}, 45},
+      // A stray #endif is a group of its own with no branch.
+      {"#endif\n", 0, 1, 1, {"6|6:1:7-6:1:7"}, 7},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    ScopedSource file("t.h");
+    StreamCapture capture;
+    vnxPreproConditionalGroup* group =
+        vnxPreproConditionalGroup::create(file.source, c.text, c.pos, c.line, c.col, 0);
+    ASSERT_NE(nullptr, group);
+    EXPECT_EQ(c.directives, directivesOf(group));
+    EXPECT_EQ(static_cast<int>(c.directives.size()), group->getConditionalDirectiveCount());
+    EXPECT_EQ(c.size, group->getInitialGroupSize());
+    EXPECT_EQ(place(c.pos, c.line, c.col), place(group->getBeginGroupPosInRawStream(),
+                                                 group->getBeginGroupLineInRawStream(),
+                                                 group->getBeginGroupColInRawStream()));
+    // The group ends where its #endif's line does.
+    const std::string& endif = c.directives.back();
+    EXPECT_EQ(endif.substr(endif.find('-') + 1), place(group->getEndGroupPosInRawStream(),
+                                                       group->getEndGroupLineInRawStream(),
+                                                       group->getEndGroupColInRawStream()));
+    EXPECT_EQ(file.source, group->getSource());
+    EXPECT_EQ("", capture.text());
+    group->Release();
+  }
+}
+
+TEST(ConditionalGroup, AGroupEndingWithTheTextReachesItsTerminatingNul) {
+  const std::string text = "#if 1\nx\n#endif";
+  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
+  ASSERT_NE(nullptr, group);
+  // The group covers the NUL, which is how its caller learns the final newline is missing.
+  EXPECT_EQ(static_cast<int>(text.size()) + 1, group->getInitialGroupSize());
+  EXPECT_EQ(place(14, 3, 7), place(group->getEndGroupPosInRawStream(), group->getEndGroupLineInRawStream(),
+                                   group->getEndGroupColInRawStream()));
+  group->Release();
+
+  // A continuation that escapes the final newline leaves the end on its backslash.
+  const std::string continued = "#if 1\nx\n#endif \\\n";
+  group = vnxPreproConditionalGroup::create(nullptr, continued.c_str(), 0, 1, 1, 0);
+  ASSERT_NE(nullptr, group);
+  EXPECT_EQ(place(15, 3, 8), place(group->getEndGroupPosInRawStream(), group->getEndGroupLineInRawStream(),
+                                   group->getEndGroupColInRawStream()));
+  EXPECT_EQ(16, group->getInitialGroupSize());
+  group->Release();
+}
+
+TEST(ConditionalGroup, AGroupWithoutEndifIsNotMadeAndSaysWhereItBegan) {
+  struct Case {
+    const char* text;
+    std::vector<std::string> lines;
+  };
+  const std::string missing = "# VNX-ERROR:   Missing #endif directive for begin in line 4 in source t.h";
+  const std::vector<Case> cases = {
+      {"#if 1\nx\n", {missing}},
+      {"#if 1\nx\n#else\ny\n", {missing}},
+      {"#if 1\n#if 2\n#endif\n", {missing}},
+      {"#ifdef A", {missing}},
+      {"#if 1\n/* \n#endif\n*/\n", {missing}},
+      // Not a conditional directive at all: no group and nothing missing.
+      {"#endregion\n#endif\n", {}},
+      {"#elsewhere\n", {}},
+  };
+  const int before = Directive::getPoolLiveCount();
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    ScopedSource file("t.h");
+    StreamCapture capture;
+    EXPECT_EQ(nullptr, vnxPreproConditionalGroup::create(file.source, c.text, 0, 4, 1, 0));
+    EXPECT_EQ(c.lines, capture.lines());
+  }
+  EXPECT_EQ(before, Directive::getPoolLiveCount());
+}
+
+TEST(ConditionalGroup, DirectivesOutliveTheGroupWhileTheCallerHoldsThem) {
+  const int before = Directive::getPoolLiveCount();
+  const std::string text = "#ifdef A\na\n#elif 1\nb\n#endif\n";
+  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
+  ASSERT_NE(nullptr, group);
+  ZELListPtr<Directive> held;
+  group->getConditionalDirectives(held);
+  ASSERT_EQ(3, held.Size());
+  EXPECT_EQ(held[2], group->getSucceedingDirective());
+  EXPECT_EQ(0, group->Release());
+  EXPECT_EQ(before + 3, Directive::getPoolLiveCount());
+  EXPECT_STREQ("#elif 1", held[2]->getPreproString());
+  for (int k = 1; k <= held.Size(); ++k) EXPECT_EQ(0, held[k]->Release());
+  EXPECT_EQ(before, Directive::getPoolLiveCount());
+}
+
+// A realistic header: each group keeps the branch its condition selects, and
+// every prefix of the text, read from every directive line, makes a group or
+// not without reading past the end (the copies have no slack for
+// AddressSanitizer).
+TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
+  const std::string text = readTextFile(std::string(VNX_TEST_DATA_DIR) + "/conditional/nested.h");
+  ASSERT_FALSE(text.empty());
+  struct Case {
+    const char* first;  // the group's first line
+    int count;          // its directives
+    int selected;       // rank of the succeeding directive, 0 for none
+  };
+  const std::vector<Case> cases = {
+      {"#ifndef GeoNested_H", 2, 1},
+      {"#if defined(_WINDOWS_SOURCE)", 4, 2},
+      {"#ifdef STDMETHOD", 2, 1},
+      {"#  if 0", 3, 2},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.first);
+    const size_t at = text.find(c.first);
+    ASSERT_NE(std::string::npos, at);
+    vnxPreproConditionalGroup* group =
+        vnxPreproConditionalGroup::create(nullptr, text.c_str(), static_cast<int>(at), 1, 1, 0);
+    ASSERT_NE(nullptr, group);
+    ZELListPtr<Directive> directives;
+    group->getConditionalDirectives(directives);
+    EXPECT_EQ(c.count, directives.Size());
+    EXPECT_EQ(c.selected ? directives[c.selected] : nullptr, group->getSucceedingDirective());
+    for (int k = 1; k <= directives.Size(); ++k) directives[k]->Release();
+    group->Release();
+  }
+
+  std::vector<int> starts;
+  for (size_t k = 0; k < text.size(); ++k) {
+    if (text[k] == '#' && (k == 0 || text[k - 1] == '\n')) starts.push_back(static_cast<int>(k));
+  }
+  StreamCapture capture;
+  const int before = Directive::getPoolLiveCount();
+  int made = 0;
+  for (size_t n = 0; n <= text.size(); ++n) {
+    const std::unique_ptr<char[]> copy = exactCopy(text.substr(0, n));
+    for (int start : starts) {
+      if (static_cast<size_t>(start) >= n) break;
+      vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, copy.get(), start, 1, 1, 0);
+      if (!group) continue;
+      ++made;
+      EXPECT_LE(group->getEndGroupPosInRawStream(), n);
+      group->Release();
+    }
+  }
+  EXPECT_GT(made, 0);
+  EXPECT_EQ(before, Directive::getPoolLiveCount());
+}
+
+}  // namespace

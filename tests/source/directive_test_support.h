@@ -1,0 +1,56 @@
+// Helpers shared by the comment and directive tests.
+#ifndef VNX_DIRECTIVE_TEST_SUPPORT_H
+#define VNX_DIRECTIVE_TEST_SUPPORT_H
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "vnxSourceFile.h"
+
+// A heap copy with no slack after the NUL, so that AddressSanitizer sees a
+// read past the end of the text.
+inline std::unique_ptr<char[]> exactCopy(const std::string& text) {
+  std::unique_ptr<char[]> copy(new char[text.size() + 1]);
+  std::memcpy(copy.get(), text.c_str(), text.size() + 1);
+  return copy;
+}
+
+// A source file (named name) to hang comments and directives on; released on
+// scope exit.
+struct ScopedSource {
+  explicit ScopedSource(const char* name = "f.h")
+      : source(vnxSourceFile::CreateFromPreprocessedText("", name)) {}
+  ~ScopedSource() {
+    if (source) source->Release();
+  }
+  ScopedSource(const ScopedSource&) = delete;
+  ScopedSource& operator=(const ScopedSource&) = delete;
+  vnxSourceFile* source;
+};
+
+inline std::string orNull(const char* text) { return text ? std::string(text) : std::string("<null>"); }
+
+// For a comment or a directive (R) of size characters starting at (line, col,
+// pos): every character's place must agree with a plain count over text, and
+// places outside it answer -1.
+template <class R>
+void expectPlacesCountedOverText(R* record, const char* text, int size, unsigned line, unsigned col, int pos,
+                                 unsigned (R::*lineOf)(int), unsigned (R::*colOf)(int), int (R::*posOf)(int) const) {
+  for (int k = 0; k < size; ++k) {
+    EXPECT_EQ(line, (record->*lineOf)(k)) << "character " << k;
+    EXPECT_EQ(col, (record->*colOf)(k)) << "character " << k;
+    EXPECT_EQ(pos + k, (record->*posOf)(k));
+    line += text[k] == '\n' ? 1 : 0;
+    col = text[k] == '\n' ? 1 : col + 1;
+  }
+  for (int k : {-1, size}) {
+    EXPECT_EQ(static_cast<unsigned>(-1), (record->*lineOf)(k));
+    EXPECT_EQ(static_cast<unsigned>(-1), (record->*colOf)(k));
+    EXPECT_EQ(-1, (record->*posOf)(k));
+  }
+}
+
+#endif

@@ -1,0 +1,221 @@
+// Build of File, Header and TAPBloc nodes: how a stretch is cut into blocks
+// and instructions, the failure messages, the depth limit and statement macros.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TestSupport.h"
+#include "vnxExpression.h"
+#include "vnxInstruction.h"
+#include "vnxSourceFile.h"
+#include "vnxSyntaxe.h"
+
+namespace {
+
+// The children of node as "I(text)" for instructions, "D(text)" for
+// declarations, "N(text)" for null instructions and "B[...]" for blocks with
+// their own children.
+std::string outline(vnxSyntaxe* node) {
+  std::string out;
+  for (int i = 1; i <= node->ChildCount(); ++i) {
+    vnxSyntaxe* child = node->Child(i);
+    if (!out.empty()) out += ' ';
+    switch (child->GetType()) {
+      case vnxSyntaxe::kTAPBloc: out += "B[" + outline(child) + "]"; break;
+      case vnxSyntaxe::kInstruction: out += std::string("I(") + child->GetContent() + ")"; break;
+      case vnxSyntaxe::kDeclaration: out += std::string("D(") + child->GetContent() + ")"; break;
+      case vnxSyntaxe::kSyntaxeNULL: out += std::string("N(") + child->GetContent() + ")"; break;
+      default: out += "?" + std::to_string(child->GetType()); break;
+    }
+  }
+  return out;
+}
+
+// Builds a root of the given type over text; the tree and source go away with it.
+class BuiltTree {
+ public:
+  BuiltTree(const std::string& text, int withNull, int type = vnxSyntaxe::kFile) {
+    _source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "b.cpp");
+    _root = vnxSyntaxe::CreateTAPSyntaxe(type, _source, 0, _source->GetSize(), 1);
+    vnxSyntaxe::ErrMsg = "";
+    _status = _root->Build(withNull);
+  }
+  ~BuiltTree() {
+    _root->Release();
+    _source->Release();
+  }
+  int status() const { return _status; }
+  vnxSyntaxe* root() const { return _root; }
+  std::string outline() const { return ::outline(_root); }
+
+ private:
+  vnxSourceFile* _source;
+  vnxSyntaxe* _root;
+  int _status;
+};
+
+struct Row {
+  const char* text;
+  const char* expected;
+};
+
+void checkRows(std::initializer_list<Row> rows, int withNull, int type = vnxSyntaxe::kFile) {
+  for (const Row& row : rows) {
+    BuiltTree tree(row.text, withNull, type);
+    EXPECT_EQ(tree.status(), 0) << row.text << ": " << vnxSyntaxe::GetErrMsg();
+    EXPECT_EQ(tree.outline(), row.expected) << row.text;
+  }
+}
+
+TEST(TreeBuild, FileIsCutIntoInstructionsWithoutTheirEndingCharacter) {
+  checkRows(
+      {
+          {"a=1; b=2;", "I(a=1) I(b=2)"},
+          {"if(x) y=1; else y=2;", "I(if(x) y=1) I(else y=2)"},
+          {"if(a)if(b) x; else y;", "I(if(a)if(b) x; else y)"},
+          {"if(a) if(b) x; else y;", "I(if(a) if(b) x) I(else y)"},
+          {"do{ i++; }while(i<3);", "I(do{ i++; }) I(while(i<3))"},
+          {"public: int a;", "I(public) I(int a)"},
+          {"x = c ? 1 : 2;", "I(x = c ? 1 : 2)"},
+          {"case 3: f();", "I(case 3) I(f())"},
+          {"unsigned flag:1;", "I(unsigned flag:1)"},
+          {"unsigned flag : 1;", "I(unsigned flag ) I(1)"},
+          {"label:1;", "I(label) I(1)"},
+          {"a", "I(a)"},
+          {"   ", ""},
+          {"", ""},
+      },
+      1);
+}
+
+TEST(TreeBuild, BlocksNestAndFileLevelHeadersBecomeDeclarations) {
+  checkRows(
+      {
+          {"class A : public B { int x; };", "D(class A : public B ) B[I(int x)] N(;)"},
+          {"int f(){return 1;}", "D(int f()) B[I(return 1)]"},
+          {"{ a; { b; } }", "B[I(a) B[I(b)]]"},
+          {"{int f(){return 1;}}", "B[I(int f()) B[I(return 1)]]"},  // only the file level declares
+          {"x{a;}", "D(x) B[I(a)]"},
+          {";;", "N(;) N(;)"},
+          {"{ }", "B[]"},
+      },
+      1);
+  checkRows(
+      {
+          {"class A : public B { int x; };", "D(class A : public B ) B[I(int x)]"},
+          {";;a;", "I(a)"},
+      },
+      0);
+}
+
+TEST(TreeBuild, HeaderKeepsItsBlocksAndInstructionsUnbuilt) {
+  checkRows({{"struct S { int a; }; x;", "I(struct S ) B[] N(;) I(x)"}}, 1, vnxSyntaxe::kHeader);
+  BuiltTree tree("x; if(a) { b; }", 0, vnxSyntaxe::kHeader);
+  EXPECT_EQ(tree.root()->Child(1)->ChildCount(), 0);
+  EXPECT_EQ(tree.root()->Child(2)->ChildCount(), 0);
+}
+
+TEST(TreeBuild, FailuresNameWhereTheProblemStarts) {
+  const struct {
+    const char* text;
+    const char* message;
+    const char* kept;
+  } rows[] = {
+      {"a; { b; ", "Missing TAPBloc end at line 1 col 4 length=4", "I(a)"},
+      {"a;\n{ c;", "Missing TAPBloc end at line 2 col 1 length=4", "I(a) D(\n)"},
+      {"a; f(b;", "Missing Instruction end for Instruction starting line 1 col 4", "I(a)"},
+      {"a; { f(\"x); }", "Missing TAPBloc end at line 1 col 4 length=10", "I(a)"},
+      {"{ a; { b( } }", "Missing TAPBloc end at line 1 col 1 length=13", ""},
+  };
+  for (const auto& row : rows) {
+    BuiltTree tree(row.text, 1);
+    EXPECT_EQ(tree.status(), 1) << row.text;
+    EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), row.message) << row.text;
+    EXPECT_EQ(tree.outline(), row.kept) << "children built before the failure stay: " << row.text;
+  }
+  // Inside a block: a chain of controlled statements longer than the cap.
+  std::string chain = "{ a; ";
+  for (int i = 0; i <= vnxSyntaxe::kMaxInstructionNesting; ++i) chain += "if(a)";
+  BuiltTree tree(chain + "x; }", 1);
+  EXPECT_EQ(tree.status(), 1);
+  EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "Missing Instruction end for Instruction starting line 1 col 6");
+  EXPECT_EQ(tree.outline(), "B[I(a)]");
+}
+
+TEST(TreeBuild, NineHundredNestedBlocksBuildAndOneMoreFails) {
+  auto nested = [](int depth) { return std::string(depth, '{') + std::string(depth, '}'); };
+  {
+    BuiltTree tree(nested(vnxSyntaxe::kMaxDepth), 1);
+    EXPECT_EQ(tree.status(), 0) << vnxSyntaxe::GetErrMsg();
+    vnxSyntaxe* deepest = tree.root()->GetLastLeaf();
+    EXPECT_EQ(deepest->GetDepth(), vnxSyntaxe::kMaxDepth);
+    EXPECT_EQ(deepest->GetType(), vnxSyntaxe::kTAPBloc);
+  }
+  BuiltTree tree(nested(vnxSyntaxe::kMaxDepth + 1), 1);
+  EXPECT_EQ(tree.status(), 1);
+  EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "Depth too high when building a vnxSyntaxe : 901");
+}
+
+TEST(TreeBuild, ReleasingABuiltTreeReturnsEveryNodeToItsPool) {
+  const int nodes = vnxSyntaxe::GetPoolLiveCount();
+  const int instructions = vnxInstruction::GetPoolLiveCount();
+  const int expressions = vnxExpression::GetPoolLiveCount();
+  {
+    BuiltTree ok("class A { int a; { b; } }; ;; f(); { { } }", 1);
+    EXPECT_GT(vnxSyntaxe::GetPoolLiveCount(), nodes);
+    EXPECT_GT(vnxInstruction::GetPoolLiveCount(), instructions);
+    BuiltTree failed("a; { b; { c; }", 1);
+    EXPECT_EQ(failed.status(), 1);
+  }
+  EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), nodes);
+  EXPECT_EQ(vnxInstruction::GetPoolLiveCount(), instructions);
+  EXPECT_EQ(vnxExpression::GetPoolLiveCount(), expressions);
+}
+
+TEST(TreeBuild, FiftyThousandInstructionsBuildAndWalkInLinearTime) {
+  std::string text;
+  for (int i = 0; i < 50000; ++i) text += "a;";
+  BuiltTree tree(text, 0);
+  ASSERT_EQ(tree.status(), 0);
+  ASSERT_EQ(tree.root()->ChildCount(), 50000);
+  int count = 1;
+  for (vnxSyntaxe* n = tree.root()->Child(1); (n = n->getNext()) != nullptr;) ++count;
+  EXPECT_EQ(count, 50000);
+}
+
+// Registers the statement macros for one test; the registry keeps a pointer.
+class StatementMacros {
+ public:
+  explicit StatementMacros(std::initializer_list<const char*> names) {
+    for (const char* name : names) _list.Append(name);
+    vnxSourceFile::addMacroWithSemicolon(&_list);
+  }
+  ~StatementMacros() { vnxSourceFile::addMacroWithSemicolon(nullptr); }
+
+ private:
+  ZELListValZELString _list;
+};
+
+TEST(TreeBuild, StatementMacrosEndAnInstructionWithoutASemicolon) {
+  StatementMacros macros({"ZZ_END", "MY_CHECK", "AA_FIRST"});
+  checkRows(
+      {
+          {"MY_CHECK(a) b; c;", "I(MY_CHECK(a)) I(b) I(c)"},
+          {"ZZ_END x; y;", "I(ZZ_END ) I(x) I(y)"},
+          {"ZZ_END;", "I(ZZ_END) N(;)"},
+          {"ZZ_ENDX; y;", "I(ZZ_ENDX) I(y)"},  // a longer identifier is no use of the macro
+          {"(MY_CHECK(a)) b;", "I((MY_CHECK(a)) b)"},
+          {"{ ZZ_END x; }", "B[I(ZZ_END ) I(x)]"},
+      },
+      1);
+}
+
+TEST(TreeBuild, StatementMacroListIsReadAgainAfterARelease) {
+  {
+    StatementMacros macros({"ZZ_END"});
+    checkRows({{"ZZ_END x;", "I(ZZ_END ) I(x)"}}, 0);
+  }
+  checkRows({{"ZZ_END x;", "I(ZZ_END x)"}}, 0);
+}
+
+}  // namespace

@@ -1,0 +1,293 @@
+// Navigation lists, content tests, occurrence searches, the strings of an
+// expression and the value predicates, over hand-made trees so that each
+// node's type, operator and precise type are known exactly.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "TAFatalError.h"
+#include "TestSupport.h"
+#include "vnxSourceFile.h"
+#include "vnxSyntaxe.h"
+
+namespace {
+
+// A node with a given operator text and precise type, owned by its tree like
+// any node; it goes back to the heap instead of a pool.
+class FakeNode : public vnxSyntaxe {
+ public:
+  static FakeNode* add(vnxSyntaxe* father, int type, int begin, int size, const char* op = nullptr, int precise = 0) {
+    FakeNode* node = new FakeNode;
+    node->create(type, father, begin, size, father->ChildCount() + 1);
+    node->_op = op;
+    node->_precise = precise;
+    (father->*&FakeNode::Append)(node);
+    node->Release();
+    return node;
+  }
+  const char* GetOperator() const override { return _op; }
+  int GetPreciseType() const override { return _precise; }
+
+ protected:
+  void ReturnToPool() override { delete this; }
+
+ private:
+  const char* _op = nullptr;
+  int _precise = 0;
+};
+
+// An identifier expression "id" over [begin, begin + size) with its leaf.
+FakeNode* addId(vnxSyntaxe* father, int begin, int size) {
+  FakeNode* id = FakeNode::add(father, vnxSyntaxe::kExpression, begin, size, "id");
+  FakeNode::add(id, vnxSyntaxe::kTAPIdentifiant, begin, size);
+  return id;
+}
+
+// "a = f(x, y); return NULL; p = (T)0; q = (T)this; r = (T)g(); s <<= 1"
+// built by hand as the instruction and expression builders would.
+class TreeNavigate : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    //                 0         1         2         3         4         5         6         7
+    //                 0123456789012345678901234567890123456789012345678901234567890123456789012345
+    const char* text = "a = f(x, y); return NULL; p = (T)0; q = (T)this; r = (T)g(); s <<= 1; ;";
+    source = vnxSourceFile::CreateFromPreprocessedText(text, "nav.cpp");
+    root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
+
+    assignment = FakeNode::add(root, vnxSyntaxe::kInstruction, 0, 11);
+    vnxSyntaxe* equal = FakeNode::add(assignment, vnxSyntaxe::kExpression, 0, 11, "=");
+    addId(equal, 0, 1);
+    call = FakeNode::add(equal, vnxSyntaxe::kExpression, 4, 7, "mt");
+    addId(call, 4, 1);
+    arguments = FakeNode::add(call, vnxSyntaxe::kArguments, 6, 4);
+    addId(arguments, 6, 1);
+    addId(arguments, 9, 1);
+
+    returnNull = FakeNode::add(root, vnxSyntaxe::kInstruction, 13, 11, nullptr, 20);
+    nullId = addId(returnNull, 20, 4);
+
+    for (int begin : {26, 36}) {  // p = (T)0 and q = (T)this
+      vnxSyntaxe* instruction = FakeNode::add(root, vnxSyntaxe::kInstruction, begin, 8 + (begin == 36 ? 3 : 0));
+      vnxSyntaxe* eq = FakeNode::add(instruction, vnxSyntaxe::kExpression, begin, instruction->GetSize(), "=");
+      addId(eq, begin, 1);
+      vnxSyntaxe* cast = FakeNode::add(eq, vnxSyntaxe::kExpression, begin + 4, instruction->GetSize() - 4, "ct");
+      FakeNode::add(cast, vnxSyntaxe::kTAPIdentifiant, begin + 5, 1);
+      addId(cast, begin + 7, instruction->GetSize() - 7);
+      (begin == 26 ? nullCast : thisCast) = cast;
+    }
+    vnxSyntaxe* rCast = FakeNode::add(root, vnxSyntaxe::kExpression, 53, 6, "ct");  // (T)g()
+    FakeNode::add(rCast, vnxSyntaxe::kTAPIdentifiant, 54, 1);
+    vnxSyntaxe* g = FakeNode::add(rCast, vnxSyntaxe::kExpression, 56, 3, "mt");
+    addId(g, 56, 1);
+    callCast = rCast;
+    shift = FakeNode::add(root, vnxSyntaxe::kExpression, 61, 7, "<<=");
+    empty = FakeNode::add(root, vnxSyntaxe::kSyntaxeNULL, 70, 1);
+  }
+  void TearDown() override {
+    root->Release();
+    source->Release();
+  }
+
+  vnxSourceFile* source = nullptr;
+  vnxSyntaxe* root = nullptr;
+  vnxSyntaxe* assignment = nullptr;
+  vnxSyntaxe* call = nullptr;
+  vnxSyntaxe* arguments = nullptr;
+  vnxSyntaxe* returnNull = nullptr;
+  vnxSyntaxe* nullId = nullptr;
+  vnxSyntaxe* nullCast = nullptr;
+  vnxSyntaxe* thisCast = nullptr;
+  vnxSyntaxe* callCast = nullptr;
+  vnxSyntaxe* shift = nullptr;
+  vnxSyntaxe* empty = nullptr;
+};
+
+TEST_F(TreeNavigate, NavigateFollowsMovesAndTests) {
+  EXPECT_EQ(root->Navigate(SNAV_Child, 1, SNAV_Child, 1, SNAV_ExprTest, "=", SNAV_Child, 2, SNAV_ExprTest, "mt",
+                           SNAV_Child, 2, SNAV_Test, 6, 0),
+            arguments);
+  EXPECT_EQ(root->Navigate(SNAV_Child, 2, SNAV_InstTest, 20, SNAV_Child, 1, SNAV_StringContent, "NULL", 0), nullId);
+  EXPECT_EQ(arguments->Navigate(SNAV_Father, SNAV_Father, SNAV_Father, SNAV_Next, SNAV_Previous, 0), assignment);
+  EXPECT_EQ(call->Navigate(SNAV_BeginWith, "f(", SNAV_SyntaxeContent, call, 0), call);
+  EXPECT_EQ(shift->Navigate(SNAV_ExprTest, "<<", 0), shift) << "only two characters of the operator count";
+  EXPECT_EQ(empty->Navigate(SNAV_IsNull, 1, SNAV_Father, 0), root) << "the element after IsNull is skipped";
+  EXPECT_EQ(empty->Navigate(SNAV_IsNull, 0), empty);
+}
+
+TEST_F(TreeNavigate, NavigateEndsWithNullOnAFailedStep) {
+  const struct {
+    vnxSyntaxe* result;
+    const char* what;
+  } rows[] = {
+      {root->Navigate(SNAV_Child, 99, 0), "child index above the count"},
+      {root->Navigate(SNAV_Test, 2, 0), "wrong node type"},
+      {call->Navigate(SNAV_ExprTest, "=", 0), "wrong operator"},
+      {assignment->Navigate(SNAV_ExprTest, "", 0), "not an expression"},
+      {returnNull->Navigate(SNAV_InstTest, 31, 0), "wrong precise type"},
+      {call->Navigate(SNAV_InstTest, 20, 0), "precise type of a non-instruction"},
+      {call->Navigate(SNAV_StringContent, "f(x, y", 0), "text differs"},
+      {call->Navigate(SNAV_BeginWith, "g", 0), "prefix differs"},
+      {call->Navigate(SNAV_SyntaxeContent, assignment, 0), "other node's text differs"},
+      {call->Navigate(SNAV_IsNull, 1, 0), "not a null node"},
+      {root->Navigate(SNAV_Father, SNAV_Child, 1, 0), "move to a missing father"},
+      {empty->Navigate(SNAV_Next, SNAV_Child, 1, 0), "no next sibling"},
+      {assignment->Navigate(SNAV_Previous, 0), "no previous sibling"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.result, nullptr) << row.what;
+}
+
+TEST_F(TreeNavigate, ZeroArgumentEndsTheListEarly) {
+  const int reports = TAFatalErrorCount();
+  StreamCapture capture;
+  EXPECT_EQ(root->Navigate(SNAV_Child, 0, SNAV_Child, 1, 0), root);
+  EXPECT_EQ(root->Navigate(SNAV_StringContent, static_cast<const char*>(nullptr), SNAV_Child, 1, 0), root);
+  EXPECT_EQ(TAFatalErrorCount(), reports + 2);
+  EXPECT_EQ(capture.lines(),
+            (std::vector<std::string>{"# FATAL ERROR: vnxSyntaxe::Navigate not enought args for SNAV_Child",
+                                      "# FATAL ERROR: vnxSyntaxe::Navigate not enought args for SNAV_StringContent"}));
+}
+
+TEST_F(TreeNavigate, Navigate2ReportsBadCodesAndGoesOn) {
+  const int reports = TAFatalErrorCount();
+  StreamCapture capture;
+  const char* list[] = {reinterpret_cast<const char*>(150), reinterpret_cast<const char*>(SNAV_Child),
+                        reinterpret_cast<const char*>(1)};
+  EXPECT_EQ(root->Navigate2(3, list), assignment);
+  EXPECT_EQ(capture.text(), "# FATAL ERROR: vnxSyntaxe::Navigate bad argument\n");
+  capture.clear();
+  // An operator or precise-type test in last place is passed over silently.
+  const char* exprLast[] = {reinterpret_cast<const char*>(SNAV_ExprTest)};
+  EXPECT_EQ(call->Navigate2(1, exprLast), call);
+  const char* instLast[] = {reinterpret_cast<const char*>(SNAV_InstTest)};
+  EXPECT_EQ(call->Navigate2(1, instLast), call);
+  EXPECT_EQ(capture.text(), "");
+  EXPECT_EQ(TAFatalErrorCount(), reports + 1);
+  EXPECT_EQ(call->Navigate2(0, nullptr), call);
+}
+
+TEST_F(TreeNavigate, TestContentComparesWholeTextsOrPrefixes) {
+  vnxSyntaxe* f = call->Child(1);  // "f"
+  const struct {
+    vnxSyntaxe* node;
+    const char* s;
+    int n;
+    bool equal;
+  } rows[] = {
+      {call, "f(x, y)", -1, true}, {call, "f(x, y", -1, false}, {call, "f(", 2, true},
+      {call, "f(x, y)z", 7, true}, {call, "f(x, y)z", 8, false}, {call, "f", 2, false},
+      {call, "g(x, y)", -1, false}, {call, "", -1, false},      {call, "", 0, false},  // first characters differ
+      {f, "f", -1, true},          {f, "fg", 1, true},          {empty, ";", -1, true},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(row.node->TestContent(row.s, row.n) == 0, row.equal) << row.s << " / " << row.n;
+
+  EXPECT_EQ(call->TestContent(call), 0);
+  EXPECT_NE(call->TestContent(static_cast<vnxSyntaxe*>(nullptr)), 0);
+  EXPECT_NE(call->TestContent(assignment), 0);
+  EXPECT_EQ(nullCast->Child(2)->TestContent(nullId), 1) << "different lengths";
+  EXPECT_EQ(arguments->Child(1)->TestContent(arguments->Child(1)->Child(1)), 0);
+}
+
+TEST_F(TreeNavigate, OccurrencesAreLeavesInDepthFirstOrder) {
+  ZELListPtr<vnxSyntaxe> found;
+  EXPECT_EQ(root->FindOccurrences("T", found), 1);
+  ASSERT_EQ(found.Size(), 3);
+  EXPECT_EQ(found[1], nullCast->Child(1));
+  EXPECT_EQ(found[2], thisCast->Child(1));
+  EXPECT_EQ(found[3]->GetBegin(), 54);
+
+  ZELListPtr<vnxSyntaxe> none;
+  EXPECT_EQ(root->FindOccurrences("f(x, y)", none), 0) << "a node with children is not tested";
+  EXPECT_EQ(none.Size(), 0);
+  EXPECT_EQ(root->FindOccurrences("nothing", found), 1) << "the list already held nodes";
+
+  ZELListPtr<vnxSyntaxe> same;
+  vnxSyntaxe* x = arguments->Child(1)->Child(1);
+  EXPECT_EQ(assignment->FindOccurrences(x, same), 1);
+  ASSERT_EQ(same.Size(), 1);
+  EXPECT_EQ(same[1], x);
+
+  EXPECT_EQ(root->HasOccurrences("y"), 1);
+  EXPECT_EQ(root->HasOccurrences("="), 0);
+  EXPECT_EQ(returnNull->HasOccurrences("a"), 0);
+}
+
+TEST_F(TreeNavigate, ListOfStringPutsThePunctuationBack) {
+  auto strings = [](vnxSyntaxe* node) {
+    ZELListValZELString out;
+    EXPECT_EQ(node->GetListOfString(out), 1);
+    std::string joined;
+    for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
+    return joined;
+  };
+  EXPECT_EQ(strings(assignment), "a|=|f|(|x|,|y|)|");
+  EXPECT_EQ(strings(nullCast), "T|(|0|)|");  // a cast reads as a call of its type
+  EXPECT_EQ(strings(callCast), "T|(|g|(|)|)|");
+  EXPECT_EQ(strings(root), "a|=|f|(|x|,|y|)|NULL|p|=|T|(|0|)|q|=|T|(|this|)|T|(|g|(|)|)|");
+}
+
+TEST_F(TreeNavigate, ListOfStringHandlesUnaryOperatorsIndexesAndBlocks) {
+  // "*p[i] && {k}": built by hand with the shapes the expression builder makes.
+  vnxSourceFile* text = vnxSourceFile::CreateFromPreprocessedText("*p[i] && {k}", "u.cpp");
+  vnxSyntaxe* top = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kExpression, text, 0, 12, 1);
+  FakeNode* andNode = FakeNode::add(top, vnxSyntaxe::kExpression, 0, 12, "&&");
+  FakeNode* star = FakeNode::add(andNode, vnxSyntaxe::kExpression, 0, 5, "*");
+  FakeNode* index = FakeNode::add(star, vnxSyntaxe::kExpression, 1, 4, "in");
+  addId(index, 1, 1);
+  addId(index, 3, 1);
+  FakeNode* block = FakeNode::add(andNode, vnxSyntaxe::kTAPBloc, 10, 1);
+  addId(block, 10, 1);
+  FakeNode* lonelyIndex = FakeNode::add(top, vnxSyntaxe::kExpression, 1, 4, "in");
+  addId(lonelyIndex, 1, 1);
+
+  ZELListValZELString out;
+  StreamCapture capture;
+  top->GetListOfString(out);
+  std::string joined;
+  for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
+  EXPECT_EQ(joined, "*|p|[|i|]|&&|{|k|}|p|[|]|");
+  EXPECT_EQ(capture.lines(), std::vector<std::string>{" vnxSyntaxe:Child Bad Index"}) << "the missing index";
+  top->Release();
+  text->Release();
+}
+
+TEST_F(TreeNavigate, NullAndThisValuesLookThroughACast) {
+  EXPECT_EQ(nullId->isSyntaxeNullValue(), 1);
+  EXPECT_EQ(nullCast->isSyntaxeNullValue(), 1);
+  EXPECT_EQ(nullCast->isSyntaxeThisValue(), 0);
+  EXPECT_EQ(thisCast->isSyntaxeThisValue(), 1);
+  EXPECT_EQ(thisCast->isSyntaxeNullValue(), 0);
+  EXPECT_EQ(callCast->isSyntaxeNullValue(), 0) << "the operand of this cast is a call";
+  EXPECT_EQ(call->isSyntaxeNullValue(), 0);
+  EXPECT_EQ(empty->isSyntaxeNullValue(), 0);
+  EXPECT_EQ(nullCast->Child(2)->Child(1)->isSyntaxeNullValue(), 1);
+}
+
+}  // namespace
+
+namespace {
+
+// The same queries over a tree made by the builders themselves.
+TEST(TreeNavigateBuilt, QueriesReadTheShapesTheBuildersMake) {
+  vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText("r = f(x, y);", "built.cpp");
+  vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
+  ASSERT_EQ(root->Build(1), 0) << vnxSyntaxe::GetErrMsg();
+  EXPECT_EQ(root->Navigate(SNAV_Child, 1, SNAV_InstTest, 20, 0), nullptr) << "a plain statement is no return";
+  vnxSyntaxe* call = root->Navigate(SNAV_Child, 1, SNAV_Test, 3, SNAV_Child, 1, SNAV_ExprTest, "=", SNAV_Child, 2,
+                                    SNAV_ExprTest, "mt", 0);
+  ASSERT_NE(call, nullptr);
+  EXPECT_EQ(call->Navigate(SNAV_Child, 2, SNAV_Test, 6, SNAV_Child, 2, SNAV_BeginWith, "y", 0)->GetBegin(), 9);
+  ZELListValZELString out;
+  root->Child(1)->Child(1)->GetListOfString(out);
+  std::string joined;
+  for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
+  EXPECT_EQ(joined, "r|=|f|(|x|,|y|)|");
+  ZELListPtr<vnxSyntaxe> found;
+  EXPECT_EQ(root->FindOccurrences("x", found), 1);
+  EXPECT_EQ(found.Size(), 1);
+  root->Release();
+  source->Release();
+}
+
+}  // namespace

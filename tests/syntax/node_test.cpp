@@ -1,0 +1,298 @@
+// The node: pools and reference counts, children and siblings, positions and
+// text, comparison, dump and the dump indentation.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "TestSupport.h"
+#include "vnxSourceFile.h"
+#include "vnxSyntaxe.h"
+
+namespace {
+
+// A source over text and a root of the given type spanning it; both released
+// at the end of the scope.
+class Tree {
+ public:
+  explicit Tree(const char* text, int type = vnxSyntaxe::kFile, const char* name = "t.cpp") {
+    _source = vnxSourceFile::CreateFromPreprocessedText(text, name);
+    _root = vnxSyntaxe::CreateTAPSyntaxe(type, _source, 0, _source->GetSize(), 1);
+  }
+  ~Tree() {
+    if (_root) _root->Release();
+    _source->Release();
+  }
+  vnxSyntaxe* root() const { return _root; }
+  vnxSourceFile* source() const { return _source; }
+  // A child of father over [begin, begin + size), appended, builder's hold dropped.
+  vnxSyntaxe* add(vnxSyntaxe* father, int type, int begin, int size) {
+    return addTo(father, vnxSyntaxe::CreateTAPSyntaxe(type, father, begin, size, father->ChildCount() + 1));
+  }
+  static vnxSyntaxe* addTo(vnxSyntaxe* father, vnxSyntaxe* child);
+
+ private:
+  vnxSourceFile* _source;
+  vnxSyntaxe* _root;
+};
+
+// Append is protected: a subclass names it for the tests (never instantiated).
+class Attach : public vnxSyntaxe {
+ public:
+  static void append(vnxSyntaxe* father, vnxSyntaxe* child) { (father->*&Attach::Append)(child); }
+};
+
+vnxSyntaxe* Tree::addTo(vnxSyntaxe* father, vnxSyntaxe* child) {
+  Attach::append(father, child);
+  child->Release();
+  return child;
+}
+
+TEST(TreeNode, PoolGrowsByWholeBlocksAndFreesThemWhenEveryNodeIsGone) {
+  ASSERT_EQ(vnxSyntaxe::GetPoolLiveCount(), 0);
+  ASSERT_EQ(vnxSyntaxe::GetPoolBlockCount(), 0);
+  vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText("abc", "p.cpp");
+  std::vector<vnxSyntaxe*> nodes;
+  for (int i = 0; i < 1025; ++i) nodes.push_back(vnxSyntaxe::CreateTAPSyntaxe(1, source, 0, 3, 1));
+  EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), 1025);
+  EXPECT_EQ(vnxSyntaxe::GetPoolBlockCount(), 2);
+  EXPECT_EQ(source->GetRefCount(), 1026) << "every node holds its source";
+
+  for (int i = 0; i < 1024; ++i) nodes[i]->Release();
+  EXPECT_EQ(vnxSyntaxe::GetPoolBlockCount(), 1) << "the first block is freed once all its nodes are dead";
+  vnxSyntaxe* more = vnxSyntaxe::CreateTAPSyntaxe(1, source, 1, 1, 1);
+  ASSERT_NE(more, nullptr);
+  EXPECT_STREQ(more->GetContent(), "b");
+  more->Release();
+  nodes[1024]->Release();
+  EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), 0);
+  EXPECT_EQ(vnxSyntaxe::GetPoolBlockCount(), 0);
+  EXPECT_EQ(source->GetRefCount(), 1);
+  source->Release();
+}
+
+TEST(TreeNode, ChildHeldByItsFatherOutlivesItsBuilder) {
+  const int baseline = vnxSyntaxe::GetPoolLiveCount();
+  {
+    Tree tree("a;b;");
+    vnxSyntaxe* child = tree.add(tree.root(), 3, 0, 1);
+    EXPECT_EQ(child->GetRefCount(), 1);
+    EXPECT_EQ(child->GetParent(), tree.root());
+    EXPECT_EQ(child->GetDepth(), 1);
+    EXPECT_STREQ(child->GetContent(), "a");
+    EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline + 2);
+  }
+  EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline);
+}
+
+TEST(TreeNode, ChildrenGrowPastTheInlinePairInOrder) {
+  Tree tree("abcdefghijklmnopqrstuvwxyz");
+  std::vector<vnxSyntaxe*> added;
+  for (int i = 0; i < 26; ++i) added.push_back(tree.add(tree.root(), 5, i, 1));
+  ASSERT_EQ(tree.root()->ChildCount(), 26);
+  for (int i = 1; i <= 26; ++i) {
+    EXPECT_EQ(tree.root()->Child(i), added[i - 1]);
+    EXPECT_EQ(tree.root()->Child(i)->GetPosInFather(), i);
+  }
+  EXPECT_EQ(tree.root()->GetLastLeaf(), added.back());
+  EXPECT_EQ(added[3]->GetLastLeaf(), added[3]);
+}
+
+TEST(TreeNode, ChildOutsideRangeIsNullAndReported) {
+  Tree tree("ab");
+  tree.add(tree.root(), 5, 0, 1);
+  StreamCapture capture;
+  EXPECT_EQ(tree.root()->Child(0), nullptr);
+  EXPECT_EQ(tree.root()->Child(2), nullptr);
+  EXPECT_NE(tree.root()->Child(1), nullptr);
+  EXPECT_EQ(capture.lines(), (std::vector<std::string>{" vnxSyntaxe:Child Bad Index", " vnxSyntaxe:Child Bad Index"}));
+}
+
+TEST(TreeNode, SiblingsAreFoundAtBothEndsAndForMisplacedNodes) {
+  Tree tree("abcd");
+  vnxSyntaxe* a = tree.add(tree.root(), 5, 0, 1);
+  vnxSyntaxe* b = tree.add(tree.root(), 5, 1, 1);
+  vnxSyntaxe* c = tree.add(tree.root(), 5, 2, 1);
+  EXPECT_EQ(a->getNext(), b);
+  EXPECT_EQ(b->getNext(), c);
+  EXPECT_EQ(c->getNext(), nullptr);
+  EXPECT_EQ(c->getPrevious(), b);
+  EXPECT_EQ(a->getPrevious(), nullptr);
+  EXPECT_EQ(tree.root()->getNext(), nullptr);
+  EXPECT_EQ(tree.root()->getPrevious(), nullptr);
+
+  // A node whose recorded position is wrong is still found by searching.
+  vnxSyntaxe* stray = Tree::addTo(tree.root(), vnxSyntaxe::CreateTAPSyntaxe(5, tree.root(), 3, 1, 1));
+  EXPECT_EQ(stray->getPrevious(), c);
+  EXPECT_EQ(stray->getNext(), nullptr);
+  // A node created under a father but never appended has no siblings.
+  vnxSyntaxe* orphan = vnxSyntaxe::CreateTAPSyntaxe(5, tree.root(), 0, 1, 1);
+  EXPECT_EQ(orphan->getNext(), nullptr);
+  EXPECT_EQ(orphan->getPrevious(), nullptr);
+  orphan->Release();
+}
+
+TEST(TreeNode, WalkingAHundredThousandSiblingsStaysLinear) {
+  std::string text(100000, 'x');
+  Tree tree(text.c_str());
+  for (int i = 0; i < 100000; ++i) tree.add(tree.root(), 5, i, 1);
+  int forward = 1;
+  for (vnxSyntaxe* n = tree.root()->Child(1); n->getNext(); n = n->getNext()) ++forward;
+  int backward = 1;
+  for (vnxSyntaxe* n = tree.root()->Child(100000); n->getPrevious(); n = n->getPrevious()) ++backward;
+  EXPECT_EQ(forward, 100000);
+  EXPECT_EQ(backward, 100000);
+}
+
+TEST(TreeNode, ReleasingAVeryDeepTreeDoesNotRecurse) {
+  const int baseline = vnxSyntaxe::GetPoolLiveCount();
+  {
+    Tree tree("x");
+    vnxSyntaxe* node = tree.root();
+    for (int i = 0; i < 300000; ++i) node = tree.add(node, 4, 0, 1);
+    EXPECT_EQ(node->GetDepth(), 300000);
+    EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline + 300001);
+  }
+  EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline);
+}
+
+TEST(TreeNode, PositionsAndTextComeFromTheSourceStream) {
+  Tree tree("ab\ncd_var *p*");
+  vnxSyntaxe* node = tree.add(tree.root(), 5, 3, 6);  // "cd_var"
+  EXPECT_EQ(node->GetBegin(), 3);
+  EXPECT_EQ(node->GetSize(), 6);
+  EXPECT_EQ(node->GetEnd(), 9);
+  int line = -1, col = -1;
+  node->GetPos(line, col);
+  EXPECT_EQ(line, 2);
+  EXPECT_EQ(col, 1);
+  node->GetEndPos(line, col);
+  EXPECT_EQ(col, 6);
+  node->GetPosEndOfScope(line, col);
+  EXPECT_EQ(col, 7);
+  EXPECT_EQ(node->getBeginPosInChar(), 3);
+  EXPECT_EQ(node->getEndPosInChar(), 8);
+  EXPECT_STREQ(node->GetSource(), "t.cpp");
+  EXPECT_EQ(std::string(node->GetStream()), "cd_var *p*");
+  EXPECT_STREQ(node->GetContent(), "cd_var");
+  EXPECT_EQ(node->GetContent(), node->GetContent()) << "copied once";
+  EXPECT_EQ(node->StartWith("cd"), 1);
+  EXPECT_EQ(node->StartWith("cd_var!"), 0);
+  EXPECT_EQ(node->EndWith("_var"), 1);
+  EXPECT_EQ(node->EndWith(""), 1);
+  EXPECT_EQ(node->IsHandler(), 1);
+  EXPECT_EQ(node->IsPointer(), 0);
+  EXPECT_EQ(tree.add(tree.root(), 5, 10, 1)->IsPointer(), 0) << "a lone '*' is not a pointer";
+  EXPECT_EQ(tree.add(tree.root(), 5, 11, 2)->IsPointer(), 1);
+  EXPECT_EQ(tree.add(tree.root(), 5, 5, 4)->IsHandler(), 0) << "\"_var\" alone is not a handler";
+}
+
+TEST(TreeNode, EmptyAndSourcelessNodesAnswerNeutralValues) {
+  Tree tree("abc");
+  vnxSyntaxe* empty = tree.add(tree.root(), 5, 1, -4);
+  EXPECT_EQ(empty->GetSize(), 0);
+  EXPECT_STREQ(empty->GetStream(), "");
+  EXPECT_STREQ(empty->GetContent(), "");
+
+  vnxSyntaxe* bare = vnxSyntaxe::CreateTAPSyntaxe(1, static_cast<vnxSourceFile*>(nullptr), 0, 3, 1);
+  EXPECT_EQ(bare->GetType(), 0) << "a null file leaves the pool's state";
+  EXPECT_EQ(bare->GetSource(), nullptr);
+  EXPECT_STREQ(bare->GetStream(), "");
+  EXPECT_EQ(bare->GetContent(), nullptr);
+  EXPECT_EQ(bare->getBeginPosInChar(), -1);
+  EXPECT_EQ(bare->StartWith(""), 0);
+  int line = 7, col = 7;
+  bare->GetPos(line, col);
+  EXPECT_EQ(line, 7);
+  EXPECT_EQ(bare->Build(1), 1);
+  EXPECT_EQ(bare->Dump("", 1), 1);
+  bare->Release();
+}
+
+TEST(TreeNode, BlocSizeCountsTheLinesOfABlock) {
+  Tree tree("{a\nb\nc}{}x");
+  EXPECT_EQ(tree.add(tree.root(), 2, 1, 5)->GetBlocSize(), 3);
+  EXPECT_EQ(tree.add(tree.root(), 2, 8, 0)->GetBlocSize(), 1);
+  EXPECT_EQ(tree.add(tree.root(), 3, 1, 5)->GetBlocSize(), 0) << "only blocks have a size in lines";
+}
+
+TEST(TreeNode, NodesCompareBySourceNameAndSlice) {
+  Tree one("int a;", vnxSyntaxe::kFile, "same.cpp");
+  Tree two("int a;", vnxSyntaxe::kFile, "same.cpp");
+  Tree other("int a;", vnxSyntaxe::kFile, "other.cpp");
+  vnxSyntaxe* a = one.add(one.root(), 3, 0, 5);
+  vnxSyntaxe* b = two.add(two.root(), 4, 0, 5);
+  EXPECT_TRUE(*a == *b) << "type and tree do not matter";
+  EXPECT_TRUE(*a == b);
+  EXPECT_FALSE(*a != b);
+  EXPECT_FALSE(*a == *other.add(other.root(), 3, 0, 5));
+  EXPECT_FALSE(*a == *one.add(one.root(), 3, 0, 4));
+  EXPECT_FALSE(*a == static_cast<const vnxSyntaxe*>(nullptr));
+  EXPECT_TRUE(*a != static_cast<const vnxSyntaxe*>(nullptr));
+  vnxSyntaxe* bare1 = vnxSyntaxe::CreateTAPSyntaxe(1, static_cast<vnxSourceFile*>(nullptr), 0, 0, 1);
+  vnxSyntaxe* bare2 = vnxSyntaxe::CreateTAPSyntaxe(1, static_cast<vnxSourceFile*>(nullptr), 0, 0, 1);
+  EXPECT_TRUE(*bare1 == *bare2);
+  EXPECT_FALSE(*bare1 == *one.add(one.root(), 3, 0, 0)) << "one sourceless, one not";
+  bare1->Release();
+  bare2->Release();
+}
+
+TEST(TreeNode, DumpPrintsNamesTagsAndAtMostFiftyNineCharacters) {
+  const std::string sixty(60, 'x');
+  const std::string text = sixty + "y" + "ab;cd";
+  Tree tree(text.c_str(), vnxSyntaxe::kFile, "dump.cpp");
+  vnxSyntaxe* root = tree.root();
+  tree.add(root, 3, 0, 60);  // exactly 60: 59 shown, no "..."
+  tree.add(root, 4, 0, 61);
+  vnxSyntaxe* block = tree.add(root, 2, 61, 2);
+  tree.add(block, 5, 61, 2);
+  tree.add(root, 9, 63, 1);
+  tree.add(root, 6, 64, 2);
+  tree.add(root, 8, 64, 2);
+
+  StreamCapture capture;
+  EXPECT_EQ(root->Dump("> ", 1), 0);
+  const std::string fiftyNine(59, 'x');
+  EXPECT_EQ(capture.lines(), (std::vector<std::string>{
+                                 "> Filedump.cpp",
+                                 "",
+                                 ">   vnxInstruction  " + fiftyNine,
+                                 ">   vnxExpression  " + fiftyNine + "...",
+                                 ">   TAPBloc",
+                                 ">     TAPIdentifiant  ab",
+                                 ">   SyntaxeNULL  ;",
+                                 ">   Arguments",
+                                 ">   Declaration  cd",
+                             }));
+  capture.clear();
+  EXPECT_EQ(block->Dump("", 0), 0);
+  EXPECT_EQ(capture.text(), "TAPBloc\n") << "not recursive";
+}
+
+TEST(TreeNode, DumpOfAnUnknownTypeStopsThere) {
+  Tree tree("abc", vnxSyntaxe::kHeader, "h.h");
+  vnxSyntaxe* odd = tree.add(tree.root(), 42, 0, 1);
+  tree.add(odd, 5, 0, 1);
+  vnxSyntaxe::ErrMsg = "";
+  StreamCapture capture;
+  EXPECT_EQ(odd->Dump("  ", 1), 1);
+  EXPECT_EQ(capture.text(), "  Unknown !\n");
+  EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "Unknown type");
+  capture.clear();
+  EXPECT_EQ(tree.root()->Dump("", 1), 0) << "a bad child does not fail its father's dump";
+  EXPECT_EQ(capture.lines(), (std::vector<std::string>{"Headerh.h", "", "  Unknown !"}));
+}
+
+TEST(TreeNode, IndentationGrowsAndShrinksByThreeBlanks) {
+  ZELString* indent = getcscindent();
+  *indent = "";
+  EXPECT_STREQ(cscincrement(), "");
+  EXPECT_STREQ(cscincrement(), "   ");
+  EXPECT_STREQ(*getcscindent(), "      ");
+  EXPECT_STREQ(cscdecrement(), "   ");
+  EXPECT_STREQ(cscdecrement(), "");
+  EXPECT_STREQ(cscdecrement(), "");
+  EXPECT_EQ(getcscindent(), indent);
+}
+
+}  // namespace

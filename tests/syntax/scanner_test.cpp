@@ -1,0 +1,321 @@
+// The static scanners: bracket, string, literal and comment matching, forward
+// and backward, and the end of an instruction.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "vnxSyntaxe.h"
+
+namespace {
+
+struct ForwardRow {
+  const char* text;
+  int from;
+  int limit;  // -1: the last character
+  int expected;
+};
+
+int lastOf(const char* text) { return static_cast<int>(std::strlen(text)) - 1; }
+
+template <class Scan>
+void checkRows(const char* name, Scan scan, std::initializer_list<ForwardRow> rows) {
+  for (const ForwardRow& row : rows) {
+    const int limit = row.limit < 0 ? lastOf(row.text) : row.limit;
+    EXPECT_EQ(scan(row.text, row.from, limit), row.expected)
+        << name << " over [" << row.text << "] from " << row.from << " limit " << limit;
+  }
+}
+
+TEST(TreeScanner, ParenthesisSearchSkipsStringsLiteralsAndBrackets) {
+  checkRows("SearchEndOfPar", vnxSyntaxe::SearchEndOfPar,
+            {
+                {"(a)", 0, -1, 2},
+                {"(a(b)c)", 0, -1, 6},
+                {"(a[)]b)", 0, -1, 6},       // a ')' inside [] does not close
+                {"(\")\")", 0, -1, 4},       // nor one inside a string
+                {"(')')", 0, -1, 4},         // nor one in a character literal
+                {"(\"a\"\"b\")", 0, -1, 7},  // adjacent literals are one string
+                {"(L\")\")", 0, -1, 5},      // wide string
+                {"x(a)", 1, -1, 3},
+                {"xy)", 1, -1, 1},  // not started on '(': answers its start
+                {"(a", 0, -1, 0},
+                {"(a)", 0, 1, 0},  // the ')' lies past limit
+                {"(a)", 2, 2, 0},  // limit must be above from
+                {"(\"a)", 0, -1, 0},
+            });
+}
+
+TEST(TreeScanner, BlockSearchCountsBracesAndJumpsOverEverythingElse) {
+  auto block = [](const char* s, int from, int limit) { return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 0); };
+  checkRows("SearchEndOfTAPBloc", block,
+            {
+                {"{a{b}c}", 0, -1, 6},
+                {"{ \"}\" }", 0, -1, 6},
+                {"{ '}' }", 0, -1, 6},
+                {"{ (}) }", 0, -1, 6},
+                {"{ [}] }", 0, -1, 6},
+                {"{ /* } */ }", 0, -1, 5},  // without comments a '}' in one counts
+                {"{ a", 0, -1, 0},
+                {"{}", 0, -1, 1},
+            });
+  auto withComments = [](const char* s, int from, int limit) {
+    return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 1);
+  };
+  checkRows("SearchEndOfTAPBloc with comments", withComments,
+            {
+                {"{ /* } */ }", 0, -1, 10},
+                {"{ // }\n}", 0, -1, 7},
+                {"{ a/b }", 0, -1, 6},
+                {"{ // }", 0, -1, 0},  // the line never ends
+            });
+}
+
+TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
+  struct Row {
+    const char* text;
+    int withComments;
+    const char* message;
+  } rows[] = {
+      {"(L\"a)", 0, "Missing \""},
+      {"(L'a)", 0, "Missing '"},
+      {"{ L\"a\"'b }", 0, "Missing '"},  // a literal right behind a wide string
+      {"{ /* a }", 1, "Missing */"},
+      {"{ /\"a }", 0, "Missing \""},  // a slash gets the wide-literal test too
+  };
+  for (const Row& row : rows) {
+    vnxSyntaxe::ErrMsg = "";
+    const int limit = lastOf(row.text);
+    const int end = row.text[0] == '(' ? vnxSyntaxe::SearchEndOfPar(row.text, 0, limit)
+                                       : vnxSyntaxe::SearchEndOfTAPBloc(row.text, 0, limit, row.withComments);
+    EXPECT_EQ(end, 0) << row.text;
+    EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), row.message) << row.text;
+  }
+  vnxSyntaxe::ErrMsg = "";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfPar("(\"a)", 0, 3), 0);
+  EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "") << "a plain unclosed string fails silently";
+}
+
+TEST(TreeScanner, IndexSearchNestsBracketsAndSkipsParentheses) {
+  checkRows("SearchEndOfIndex", vnxSyntaxe::SearchEndOfIndex,
+            {
+                {"[a[b]c]", 0, -1, 6},
+                {"[(])]", 0, -1, 4},
+                {"[\"]\"]", 0, -1, 4},
+                {"[a", 0, -1, 0},
+            });
+}
+
+TEST(TreeScanner, StringAndCharacterLiteralsEndAtTheirUnescapedQuote) {
+  checkRows("SearchEndOfString", vnxSyntaxe::SearchEndOfString,
+            {
+                {"\"abc\"", 0, -1, 4},
+                {"\"a\\\"b\"", 0, -1, 5},
+                {"\"a\"\"b\"", 0, -1, 5},
+                {"\"a\"\"", 0, 2, 2},  // a quote at limit ends it
+                {"\"ab", 0, -1, 0},
+                {"\"", 0, 0, 0},
+            });
+  checkRows("SearchEndOfString2", vnxSyntaxe::SearchEndOfString2,
+            {
+                {"'a'", 0, -1, 2},
+                {"'\\''", 0, -1, 3},
+                {"'\"'", 0, -1, 2},
+                {"'ab", 0, -1, 0},
+            });
+}
+
+TEST(TreeScanner, CommentScannersKeepTheirCrossedNames) {
+  checkRows("SearchEndOfCComment", vnxSyntaxe::SearchEndOfCComment,
+            {
+                {"// x\ny", 2, -1, 4},
+                {"// a\\\nb", 2, -1, 5},  // a backslash hands back right after itself
+                {"// x", 2, -1, 0},
+                {"//\n", 2, 2, 0},
+            });
+  checkRows("SearchEndOfCPPComment", vnxSyntaxe::SearchEndOfCPPComment,
+            {
+                {"/* x */", 2, -1, 6},
+                {"/**/", 2, -1, 3},
+                {"/* x *", 2, -1, 0},
+                {"/*/", 2, -1, 0},
+            });
+}
+
+struct BackwardRow {
+  const char* text;
+  int from;  // -1: the last character
+  int lowest;
+  int expected;
+};
+
+template <class Scan>
+void checkBackward(const char* name, Scan scan, std::initializer_list<BackwardRow> rows) {
+  for (const BackwardRow& row : rows) {
+    const int from = row.from < 0 ? lastOf(row.text) : row.from;
+    EXPECT_EQ(scan(row.text, from, row.lowest), row.expected)
+        << name << " over [" << row.text << "] from " << from << " lowest " << row.lowest;
+  }
+}
+
+TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
+  checkBackward("SearchBeginOfPar", vnxSyntaxe::SearchBeginOfPar,
+                {
+                    {"x(a(b)c)", -1, 0, 1},
+                    {"x(a\")\"b)", -1, 0, 1},
+                    {"x(a[(]b)", -1, 0, 1},
+                    {"x(a)", -1, 2, 0},  // the '(' lies below lowest
+                    {"(a)", -1, 0, 0},
+                });
+  checkBackward("SearchBeginOfTAPBloc", vnxSyntaxe::SearchBeginOfTAPBloc,
+                {
+                    {"x{a{b}c}", -1, 0, 1},
+                    {"x{ (}) }", -1, 0, 1},
+                    {"x{ '{' }", -1, 0, 1},
+                    {"x{a", 2, 0, 2},  // not started on '}': answers its start
+                });
+  checkBackward("SearchBeginOfIndex", vnxSyntaxe::SearchBeginOfIndex,
+                {
+                    {"x[a[b]c]", -1, 0, 1},
+                    {"x[a\"]\"b]", -1, 0, 1},
+                });
+  checkBackward("SearchBeginOfString", vnxSyntaxe::SearchBeginOfString,
+                {
+                    {"x\"ab\"", -1, 0, 1},
+                    {"x\"a\\\"b\"", -1, 0, 1},   // an escaped quote is inside
+                    {"x\"\\\\\"y\"", -1, 0, 4},  // a quote after two backslashes opens
+                    {"x\"a\"\"b\"", -1, 0, 1},   // adjacent literals are one string
+                    {"x\"ab\"", -1, 2, 0},
+                });
+  checkBackward("SearchBeginOfString2", vnxSyntaxe::SearchBeginOfString2,
+                {
+                    {"x'a'", -1, 0, 1},
+                    {"x'\\''", -1, 0, 1},
+                });
+}
+
+TEST(TreeScanner, AlphaNumIsPlainAscii) {
+  const std::string yes = "azAZ09_";
+  const std::string no = " -$.\xe9\x80";
+  for (char c : yes) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 1) << c;
+  for (char c : no) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 0) << static_cast<int>(c);
+}
+
+TEST(TreeScanner, DeepAlternatingBracketsFailInsteadOfExhaustingTheStack) {
+  std::string deep;
+  for (int i = 0; i < 5000; ++i) deep += "([";
+  for (int i = 0; i < 5000; ++i) deep += "])";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(deep.c_str(), 0, lastOf(deep.c_str())), 0);
+  const std::string prefixed = "x" + deep;  // backward, the same text needs no nesting at all
+  EXPECT_EQ(vnxSyntaxe::SearchBeginOfPar(prefixed.c_str(), lastOf(prefixed.c_str()), 0), 1);
+
+  std::string fine;
+  for (int i = 0; i < 200; ++i) fine += "([";
+  for (int i = 0; i < 200; ++i) fine += "])";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(fine.c_str(), 0, lastOf(fine.c_str())), lastOf(fine.c_str()));
+}
+
+// --- end of an instruction ----------------------------------------------------------
+
+struct InstructionRow {
+  const char* text;
+  const char* first;  // the text up to and including the end offset
+};
+
+TEST(TreeScanner, InstructionEndFollowsStatementsLabelsAndBlocks) {
+  const InstructionRow rows[] = {
+      {"a=1; b=2;", "a=1;"},
+      {"if(x) y=1; else y=2;", "if(x) y=1;"},
+      {"if(a)if(b) x; else y;", "if(a)if(b) x; else y;"},
+      {"if(a) if(b) x; else y;", "if(a) if(b) x;"},  // the blank hides the inner if
+      {"else if(a) b; else c; d;", "else if(a) b; else c;"},
+      {"do{ i++; }while(i<3);", "do{ i++; }"},
+      {"while(i<3); x;", "while(i<3);"},
+      {"if(c)do{ a; }while(b); x;", "if(c)do{ a; }while(b);"},
+      {"for(i=0;i<3;i++){a;}b;", "for(i=0;i<3;i++){a;}"},
+      {"else{a;}b;", "else{a;}"},
+      {"public: int a;", "public:"},
+      {"protected: int a;", "protected:"},
+      {"private: int a;", "private:"},
+      {"x = c ? 1 : 2; y;", "x = c ? 1 : 2;"},
+      {"case 3: f();", "case 3:"},
+      {"unsigned flag:1; x;", "unsigned flag:1;"},
+      {"unsigned flag : 1;", "unsigned flag :"},
+      {"label:1; x;", "label:"},
+      {"class A : public B { int x; };", "class A : public B "},
+      {"a::b(c); d;", "a::b(c);"},
+      {"A::A():x(1){}", "A::A():"},
+      {"f(\";\"); g;", "f(\";\");"},
+      {"c = ';'; d;", "c = ';';"},
+      {"s = L\";\"; d;", "s = L\";\";"},
+      {"int f() { return 1; }", "int f() "},
+      {"x", "x"},
+      {"   ", "   "},
+  };
+  for (const InstructionRow& row : rows) {
+    const int end = vnxSyntaxe::SearchEndOfTAPInstruction(row.text, 0, lastOf(row.text), 0, 0);
+    EXPECT_EQ(std::string(row.text, static_cast<size_t>(end) + 1), row.first) << row.text;
+  }
+}
+
+TEST(TreeScanner, InstructionEndInNestedModeTakesTheWholeBlock) {
+  const char* text = "x{a;}y;";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 1, 0), 4);
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 0, 0), 0);  // just before the '{'
+  // A pending '?' from the caller answers the first ':'.
+  const char* colon = "b : c;";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(colon, 0, lastOf(colon), 0, 1), 5);
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(colon, 0, lastOf(colon), 0, 0), 2);
+}
+
+TEST(TreeScanner, InstructionEndFailsOnUnclosedConstructs) {
+  const char* rows[] = {"f(a;", "s = \"abc;", "c = 'a;", "if(a;", "x[1;"};
+  for (const char* text : rows) EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 0, 0), 0) << text;
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction("a;", 1, 0, 0, 0), 0) << "limit below from";
+}
+
+TEST(TreeScanner, ChainedControlledStatementsAreCappedAtTheNestingLimit) {
+  auto chain = [](int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += "if(a)";
+    return text + "x; y;";
+  };
+  const std::string ok = chain(vnxSyntaxe::kMaxInstructionNesting);
+  const int end = vnxSyntaxe::SearchEndOfTAPInstruction(ok.c_str(), 0, lastOf(ok.c_str()), 0, 0);
+  EXPECT_EQ(end, lastOf(ok.c_str()) - 3);
+  const std::string tooDeep = chain(vnxSyntaxe::kMaxInstructionNesting + 1);
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(tooDeep.c_str(), 0, lastOf(tooDeep.c_str()), 0, 0), 0);
+}
+
+TEST(TreeScanner, ScannersNeverReadPastLimit) {
+  // Every prefix of every sample, scanned with limit at its last character,
+  // from a heap copy cut exactly there (ASan reports any read beyond it).
+  const char* samples[] = {"if(a)if(b) x; else y;", "{ /* a */ \"b\" 'c' L\"d\"'e' }", "do{ a; }while(b);",
+                           "x = c ? a::b : L'c';", "(a[b(c)d]e)", "public: x", "else do x; while(y);"};
+  for (const char* sample : samples) {
+    const int length = static_cast<int>(std::strlen(sample));
+    for (int n = 1; n <= length; ++n) {
+      char* copy = new char[n];
+      std::memcpy(copy, sample, static_cast<size_t>(n));
+      const int limit = n - 1;
+      for (int from = 0; from <= limit; ++from) {
+        for (int nested = 0; nested < 2; ++nested)
+          EXPECT_LE(vnxSyntaxe::SearchEndOfTAPInstruction(copy, from, limit, nested, 0), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfTAPBloc(copy, from, limit, 1), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfPar(copy, from, limit), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfIndex(copy, from, limit), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfString(copy, from, limit), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfString2(copy, from, limit), limit);
+        EXPECT_LE(vnxSyntaxe::SearchEndOfCPPComment(copy, from, limit), limit);
+        EXPECT_GE(vnxSyntaxe::SearchBeginOfTAPBloc(copy, from, 0), 0);
+        EXPECT_GE(vnxSyntaxe::SearchBeginOfPar(copy, from, 0), 0);
+        EXPECT_GE(vnxSyntaxe::SearchBeginOfIndex(copy, from, 0), 0);
+        EXPECT_GE(vnxSyntaxe::SearchBeginOfString(copy, from, 0), 0);
+        EXPECT_GE(vnxSyntaxe::SearchBeginOfString2(copy, from, 0), 0);
+      }
+      delete[] copy;
+    }
+  }
+}
+
+}  // namespace
