@@ -1,16 +1,9 @@
-// vnxDefinePreproDirectiveExpander: expands one registered macro of a source
-// file at a time, the way the preprocessing pass asks for it. Given the text
-// at a macro name, it finds the name's #define through the file's define
-// look-up and builds the replacement: the replacement tokens joined by single
-// blanks, parameters replaced by their (expanded) arguments, '#' stringizing,
-// '##' pasting, and registered macros inside expanded in turn. Only macros of
-// the process-wide registry (vnxSourceFile::addMacroToExpand) expand, and a
-// macro never expands inside its own expansion.
-//
-// The expander copies the registry when it is constructed (one expander per
-// file per pass) and borrows the source file, which must outlive it. Every
-// expansion is bounded in nesting depth, argument re-expansion passes and
-// output size; past a bound it fails and leaves the text alone.
+// vnxDefinePreproDirectiveExpander: expands a registered macro at a position
+// of a file's text into its replacement (tokens joined by blanks, arguments
+// substituted, '#' and '##' applied, registered macros inside expanded in
+// turn; a macro never expands inside itself). It changes no text and bounds
+// every expansion (depth, passes, size). It copies the macro registry when
+// made and borrows the source file, which must outlive it.
 #ifndef VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
 #define VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
 
@@ -43,10 +36,12 @@ class VNX_EXPORT vnxDefinePreproDirectiveExpander {
   // replacement set to a malloc'ed, NUL-terminated replacement (the caller
   // frees it with free()) and replacedLength to the characters of text it
   // stands for: the name, and for a function-like macro the whole argument
-  // list up to its ')'. Answers 1 when the name cannot be expanded here (not
-  // a registered macro, being expanded already, no define, a function-like
-  // macro without its argument list or with more arguments than parameters,
-  // a bound reached): replacement is then null and replacedLength 0.
+  // list up to its ')'. Missing arguments are empty. Answers 1 when the name
+  // cannot be expanded here (not a registered macro, being expanded already,
+  // no define, a function-like macro without its argument list, with an
+  // unclosed one, with more arguments than parameters or with a parameter
+  // list that cannot be read, a bound reached): replacement is then null and
+  // replacedLength 0.
   int expand(const char* text, char*& replacement, int& replacedLength);
 
  private:

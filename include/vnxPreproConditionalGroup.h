@@ -1,16 +1,11 @@
 // vnxPreproConditionalGroup: one #if/#ifdef/#ifndef ... #elif/#else ...
-// #endif construct. It reads all of its directives from the text, evaluates
-// their conditions against the defines visible from the source file, and
-// names the directive whose branch is kept (the succeeding directive). It
-// changes no text: the preprocessing pass blanks the dead branches. Nested
-// groups inside a branch are not read; they are met when the kept branch is
-// scanned. Conditions are not C expressions: only defined, !, &&, || and
-// parentheses are evaluated, and bare names and the literals 0 and 1 only as
-// the last token of a condition.
-//
-// Reference-counted (count 1 at creation, deleted by the last Release). The
-// group holds one reference to each of its directives; the source file is
-// borrowed and must outlive the group.
+// #endif construct: its directives, and the one whose branch is kept, chosen
+// against the defines visible from the source file. It changes no text and
+// does not read the nested groups of a branch. Conditions are not C
+// expressions: only defined, !, &&, || and parentheses count, and bare names
+// and the literals 0 and 1 only as a condition's last token.
+// Reference-counted (count 1 at creation); it holds one reference to each
+// directive and borrows the source file, which must outlive it.
 #ifndef VNX_PREPRO_CONDITIONAL_GROUP_H
 #define VNX_PREPRO_CONDITIONAL_GROUP_H
 
@@ -26,11 +21,11 @@ class VNX_EXPORT vnxPreproConditionalGroup : public TARefCounter {
  public:
   // Reads the group whose first directive starts at text[pos] (its '#', at
   // line and col; outPos is the length of the preprocessed output so far),
-  // then selects its succeeding directive. Null when a directive cannot be
-  // built, when no #endif closes the group (the "Missing #endif directive"
-  // error is written), or when a condition cannot be evaluated (#ifdef or
-  // #ifndef not followed by exactly one token). source may be null: then
-  // only the three always-defined names count as defined.
+  // then selects its succeeding directive. Positions are offsets in text.
+  // Null when the line at pos is no conditional directive, when no #endif
+  // closes the group (the "Missing #endif directive" error is written), or
+  // when #ifdef or #ifndef is not followed by exactly one token. source may
+  // be null: then only the three always-defined names count as defined.
   static vnxPreproConditionalGroup* create(vnxSourceFile* source, const char* text, int pos, int line, int col,
                                            int outPos);
 

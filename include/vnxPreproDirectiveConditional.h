@@ -1,13 +1,8 @@
 // vnxPreproDirectiveConditional: one directive of a conditional group (#if,
-// #ifdef, #ifndef, #elif, #else, #endif). Besides the directive text it keeps
-// the tokens of its condition and where the branch that follows it lies: the
-// text from the line after the directive to the line before the next
-// directive of the same group. It evaluates nothing; vnxPreproConditionalGroup
-// does. Positions are offsets in the text given to build().
-//
-// Pool object (see vnxZELPreproDirective): create(), then Release(). The
-// condition's tokens point into the directive's own text and live as long as
-// the directive.
+// #ifdef, #ifndef, #elif, #else, #endif): its condition's tokens and where
+// the branch after it lies (offsets in the text given to build()). It
+// evaluates nothing; vnxPreproConditionalGroup does. Pool object: create(),
+// then Release(); the condition's tokens point into the directive's own text.
 #ifndef VNX_PREPRO_DIRECTIVE_CONDITIONAL_H
 #define VNX_PREPRO_DIRECTIVE_CONDITIONAL_H
 

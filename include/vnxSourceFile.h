@@ -109,6 +109,7 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   void init(ZELFileBuffer* buffer, vnxSymbolTable* table, const TAFileName& compilationUnit);
   void buildLineAndColumnTables(const char* raw, int rawSize);
   void countLines();
+  void sortComments();
   vnxZELPreproDirective* searchDefine(const char* name, TAIndex& visited);
   vnxSourceFile* resolveIncludedSource(const char* includeName);
   void scanRawIncludes(ZELListVal<ZELString>& out);
@@ -127,6 +128,10 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   unsigned int* _columnTable = nullptr;
   int* _positionMap = nullptr;
   ZELListPtr<vnxComment>* _commentList = nullptr;
+  // Comments are appended as they come and put in order when the list is
+  // read: dead branches arrive at position 0 after everything before them.
+  bool _commentsUnsorted = false;
+  int _lastCommentPosition = 0;
   ZELListPtr<vnxZELPreproDirective>* _directiveList = nullptr;
   ZELListPtr<vnxPreproConditionalGroup>* _conditionalGroupList = nullptr;
   ZELString _name;

@@ -1,5 +1,6 @@
 #include "vnxSourceFile.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -191,7 +192,10 @@ vnxSyntaxePoint vnxSourceFile::GetPoint(int pos) {
 
 // --- comments, directives, groups -------------------------------------------
 
-void vnxSourceFile::getCommentList(ZELListPtr<vnxComment>& out) { appendWithReference(_commentList, out); }
+void vnxSourceFile::getCommentList(ZELListPtr<vnxComment>& out) {
+  sortComments();
+  appendWithReference(_commentList, out);
+}
 
 void vnxSourceFile::getPreproDirectiveList(ZELListPtr<vnxZELPreproDirective>& out) {
   appendWithReference(_directiveList, out);
@@ -205,10 +209,29 @@ void vnxSourceFile::addComment(vnxComment* comment) {
   if (!comment) return;
   if (!_commentList) _commentList = new ZELListPtr<vnxComment>();
   const int position = comment->getPosOfCommentCharInRawStream(0);
-  // Comments mostly arrive in order: the search from the end stops at once.
-  int after = _commentList->Size();
-  while (after >= 1 && (*_commentList)[after]->getPosOfCommentCharInRawStream(0) > position) --after;
-  _commentList->InsertAt(after + 1, comment);
+  if (_commentList->Size() > 0 && position < _lastCommentPosition) _commentsUnsorted = true;
+  else _lastCommentPosition = position;
+  _commentList->Append(comment);
+}
+
+// A stable sort by first position gives the order of inserting each comment
+// after the last one that does not start after it.
+void vnxSourceFile::sortComments() {
+  if (!_commentsUnsorted || !_commentList) return;
+  std::vector<std::pair<int, vnxComment*>> items;
+  items.reserve(static_cast<size_t>(_commentList->Size()));
+  for (int i = 1; i <= _commentList->Size(); ++i) {
+    vnxComment* c = (*_commentList)[i];
+    items.emplace_back(c->getPosOfCommentCharInRawStream(0), c);
+  }
+  std::stable_sort(items.begin(), items.end(),
+                   [](const std::pair<int, vnxComment*>& a, const std::pair<int, vnxComment*>& b) {
+                     return a.first < b.first;
+                   });
+  _commentList->RemoveAll(ZELCollec::KeepMemory);
+  for (const auto& item : items) _commentList->Append(item.second);
+  _lastCommentPosition = items.back().first;
+  _commentsUnsorted = false;
 }
 
 void vnxSourceFile::addPreproDirective(vnxZELPreproDirective* directive) {
