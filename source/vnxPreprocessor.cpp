@@ -30,11 +30,22 @@ inline bool isAsciiAlnum(char c) {
 
 inline bool isWordChar(char c) { return isAsciiAlnum(c) || c == '_'; }
 
+enum : unsigned char { kDropsBlankBefore = 1, kDropsBlankAfter = 2 };
+
+struct PunctuationTable {
+  unsigned char flags[256] = {};
+  PunctuationTable() {
+    for (const char* p = "(),;-}'\"*:"; *p; ++p) flags[static_cast<unsigned char>(*p)] |= kDropsBlankBefore;
+    for (const char* p = "(),;>{}\"'"; *p; ++p) flags[static_cast<unsigned char>(*p)] |= kDropsBlankAfter;
+  }
+};
+const PunctuationTable kPunctuation;
+
 // A blank before these is dropped.
-inline bool dropsBlankBefore(char c) { return std::strchr("(),;-}'\"*:", c) != nullptr && c != '\0'; }
+inline bool dropsBlankBefore(char c) { return kPunctuation.flags[static_cast<unsigned char>(c)] & kDropsBlankBefore; }
 
 // No blank follows these.
-inline bool dropsBlankAfter(char c) { return std::strchr("(),;>{}\"'", c) != nullptr && c != '\0'; }
+inline bool dropsBlankAfter(char c) { return kPunctuation.flags[static_cast<unsigned char>(c)] & kDropsBlankAfter; }
 
 inline bool endsWith(const char* out, int length, const char* word, int wordLength) {
   return length >= wordLength && std::memcmp(out + length - wordLength, word, static_cast<size_t>(wordLength)) == 0;
@@ -453,6 +464,8 @@ void vnxPreprocessor::removeKeywords(int i, char c) {
       {"_declspec(dllexport)", 20, 20},  {"__stdcall", 9, 9},             {"_stdcall", 8, 9},
       {"__cdecl", 7, 9},                 {"_cdecl", 6, 9},
   };
+  // Every noise word ends with ')' or 'l': most characters need no comparison.
+  if (c != ')' && c != 'l') return;
   for (const auto& noise : kNoise) {
     o = _outLength;
     if (o >= noise.minimum && endsWith(_out, o, noise.word, noise.length)) removeOut(o - noise.length, noise.length);
@@ -462,7 +475,7 @@ void vnxPreprocessor::removeKeywords(int i, char c) {
 // ZELLISTP(T), ZELLISTV(T) and SEQUENCE(T) become the single identifier
 // "ZELLISTP_T_", so that declarations using them read as "type name".
 vnxPreprocessor::Next vnxPreprocessor::handleListMacro(int& i) {
-  if (i >= _workLength - 10) return kContinue;
+  if ((_work[i] != 'Z' && _work[i] != 'S') || i >= _workLength - 10) return kContinue;
   const char* at = _work + i;
   const bool list = std::memcmp(at, "ZELLISTP", 8) == 0 || std::memcmp(at, "ZELLISTV", 8) == 0;
   const bool sequence = std::memcmp(at, "SEQUENCE", 8) == 0 && (i == 0 || !isWordChar(_work[i - 1]));

@@ -1,0 +1,1 @@
+int f() { if (x) { return 1; 
