@@ -141,31 +141,21 @@ int vnxComment::buildFromString(const char* string, int line, int col, int pos, 
 }
 
 void vnxComment::internalComputeLineOfCommentCharInRawStream() {
-  if (_lineTable || !_commentString || _commentStringSize <= 0) return;
-  _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_commentStringSize)));
-  if (_lineTable) vnxscan::fillLineTable(_commentString, _commentStringSize, _beginLine, _lineTable);
+  vnxscan::buildPlaceTable(_commentString, _commentStringSize, _beginLine, true, _lineTable);
 }
 
 void vnxComment::internalComputeColOfCommentCharInRawStream() {
-  if (_colTable || !_commentString || _commentStringSize <= 0) return;
-  _colTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_commentStringSize)));
-  if (_colTable) vnxscan::fillColumnTable(_commentString, _commentStringSize, _beginCol, _colTable);
+  vnxscan::buildPlaceTable(_commentString, _commentStringSize, _beginCol, false, _colTable);
 }
 
 unsigned int vnxComment::getLineOfCommentCharInRawStream(int k) {
-  if (k < 0 || k > _commentStringSize - 1) return static_cast<unsigned int>(-1);
-  if (k == 0) return _beginLine;
-  if (k == _commentStringSize - 1) return _endLine;
-  internalComputeLineOfCommentCharInRawStream();
-  return _lineTable ? _lineTable[k] : static_cast<unsigned int>(-1);
+  if (k > 0 && k < _commentStringSize - 1) internalComputeLineOfCommentCharInRawStream();
+  return vnxscan::placeAt(k, _commentStringSize, _beginLine, _endLine, _lineTable);
 }
 
 unsigned int vnxComment::getColOfCommentCharInRawStream(int k) {
-  if (k < 0 || k > _commentStringSize - 1) return static_cast<unsigned int>(-1);
-  if (k == 0) return _beginCol;
-  if (k == _commentStringSize - 1) return _endCol;
-  internalComputeColOfCommentCharInRawStream();
-  return _colTable ? _colTable[k] : static_cast<unsigned int>(-1);
+  if (k > 0 && k < _commentStringSize - 1) internalComputeColOfCommentCharInRawStream();
+  return vnxscan::placeAt(k, _commentStringSize, _beginCol, _endCol, _colTable);
 }
 
 int vnxComment::getPosOfCommentCharInRawStream(int k) const {

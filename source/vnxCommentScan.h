@@ -4,6 +4,8 @@
 #ifndef VNX_COMMENT_SCAN_H
 #define VNX_COMMENT_SCAN_H
 
+#include <cstdlib>
+
 namespace vnxscan {
 
 // Character classes on the byte value, so that bytes of 128 and above are
@@ -60,6 +62,25 @@ inline void fillColumnTable(const char* text, int size, unsigned int beginCol, u
     table[k] = col;
     col = text[k] == '\n' ? 1 : col + 1;
   }
+}
+
+// Builds, when it does not exist yet, the per-character line (lines true) or
+// column table of the size characters of text, starting from first.
+inline void buildPlaceTable(const char* text, int size, unsigned int first, bool lines, unsigned int*& table) {
+  if (table || !text || size <= 0) return;
+  table = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(size)));
+  if (!table) return;
+  if (lines) fillLineTable(text, size, first, table);
+  else fillColumnTable(text, size, first, table);
+}
+
+// Line or column of character k: the two ends are stored, the characters
+// between come from the table; -1 out of range or without a table.
+inline unsigned int placeAt(int k, int size, unsigned int first, unsigned int last, const unsigned int* table) {
+  if (k < 0 || k > size - 1) return static_cast<unsigned int>(-1);
+  if (k == 0) return first;
+  if (k == size - 1) return last;
+  return table ? table[k] : static_cast<unsigned int>(-1);
 }
 
 }  // namespace vnxscan

@@ -187,31 +187,21 @@ void vnxZELPreproDirective::setDirectiveIdentifier(const char* identifier) {
 }
 
 void vnxZELPreproDirective::internalComputeLineOfPreproCharInRawStream() {
-  if (_lineTable || !_preproString || _preproStringSize <= 0) return;
-  _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_preproStringSize)));
-  if (_lineTable) vnxscan::fillLineTable(_preproString, _preproStringSize, _beginLine, _lineTable);
+  vnxscan::buildPlaceTable(_preproString, _preproStringSize, _beginLine, true, _lineTable);
 }
 
 void vnxZELPreproDirective::internalComputeColOfPreproCharInRawStream() {
-  if (_colTable || !_preproString || _preproStringSize <= 0) return;
-  _colTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * static_cast<size_t>(_preproStringSize)));
-  if (_colTable) vnxscan::fillColumnTable(_preproString, _preproStringSize, _beginCol, _colTable);
+  vnxscan::buildPlaceTable(_preproString, _preproStringSize, _beginCol, false, _colTable);
 }
 
 unsigned int vnxZELPreproDirective::getLineOfPreproCharInRawStream(int k) {
-  if (k < 0 || k > _preproStringSize - 1) return static_cast<unsigned int>(-1);
-  if (k == 0) return _beginLine;
-  if (k == _preproStringSize - 1) return _endLine;
-  internalComputeLineOfPreproCharInRawStream();
-  return _lineTable ? _lineTable[k] : static_cast<unsigned int>(-1);
+  if (k > 0 && k < _preproStringSize - 1) internalComputeLineOfPreproCharInRawStream();
+  return vnxscan::placeAt(k, _preproStringSize, _beginLine, _endLine, _lineTable);
 }
 
 unsigned int vnxZELPreproDirective::getColOfPreproCharInRawStream(int k) {
-  if (k < 0 || k > _preproStringSize - 1) return static_cast<unsigned int>(-1);
-  if (k == 0) return _beginCol;
-  if (k == _preproStringSize - 1) return _endCol;
-  internalComputeColOfPreproCharInRawStream();
-  return _colTable ? _colTable[k] : static_cast<unsigned int>(-1);
+  if (k > 0 && k < _preproStringSize - 1) internalComputeColOfPreproCharInRawStream();
+  return vnxscan::placeAt(k, _preproStringSize, _beginCol, _endCol, _colTable);
 }
 
 int vnxZELPreproDirective::getPosOfPreproCharInRawStream(int k) const {
