@@ -38,3 +38,14 @@ vnxSourceFile* cliPreprocess(const CliPreproOptions& options, int& passStatus) {
   passStatus = source->preProcess();
   return source;
 }
+
+int cliRunOnSource(const std::vector<std::string>& args, const char* usage, CliSourceBody body) {
+  CliPreproOptions options;
+  if (!cliParsePreproArgs(args, usage, options)) return kCliBadInput;
+  int passStatus = 0;
+  vnxSourceFile* source = cliPreprocess(options, passStatus);
+  if (!source) return kCliBadInput;
+  const int status = body(*source, passStatus);
+  source->Release();
+  return status;
+}

@@ -21,4 +21,10 @@ bool cliParsePreproArgs(const std::vector<std::string>& args, const char* usage,
 // is written); passStatus receives preProcess's result.
 vnxSourceFile* cliPreprocess(const CliPreproOptions& options, int& passStatus);
 
+// Parses the arguments, preprocesses the file and hands the source to body,
+// which answers the command's status (passStatus is preProcess's result).
+// Answers kCliBadInput on a bad command line or an unreadable file.
+typedef int (*CliSourceBody)(vnxSourceFile& source, int passStatus);
+int cliRunOnSource(const std::vector<std::string>& args, const char* usage, CliSourceBody body);
+
 #endif

@@ -10,12 +10,8 @@ namespace {
 
 const char kUsage[] = "vnxparse comments [--expand NAME]... FILE";
 
-int run(const std::vector<std::string>& args) {
-  CliPreproOptions options;
-  if (!cliParsePreproArgs(args, kUsage, options)) return kCliBadInput;
-  int status = 0;
-  vnxSourceFile* source = cliPreprocess(options, status);
-  if (!source) return kCliBadInput;
+int body(vnxSourceFile& file, int status) {
+  vnxSourceFile* source = &file;
   ZELListPtr<vnxComment> comments;
   source->getCommentList(comments);
   for (int i = 1; i <= comments.Size(); ++i) {
@@ -27,7 +23,6 @@ int run(const std::vector<std::string>& args) {
               << cliEscape(c->getCommentString(), static_cast<size_t>(c->getCommentStringSize())) << '\n';
     c->Release();
   }
-  source->Release();
   return status == 0 ? kCliOk : kCliFailure;
 }
 
@@ -39,6 +34,6 @@ const CliCommand command(
     "KIND is vnxCComment (block comments, and dead conditional branches, which are\n"
     "recorded at 1:1) or vnxCppComment (line comments); the positions are those of\n"
     "the first and last characters; TEXT is escaped as in 'tokens'.",
-    run);
+    [](const std::vector<std::string>& args) { return cliRunOnSource(args, kUsage, body); });
 
 }  // namespace

@@ -12,12 +12,8 @@ namespace {
 
 const char kUsage[] = "vnxparse directives [--expand NAME]... FILE";
 
-int run(const std::vector<std::string>& args) {
-  CliPreproOptions options;
-  if (!cliParsePreproArgs(args, kUsage, options)) return kCliBadInput;
-  int status = 0;
-  vnxSourceFile* source = cliPreprocess(options, status);
-  if (!source) return kCliBadInput;
+int body(vnxSourceFile& file, int status) {
+  vnxSourceFile* source = &file;
   ZELListPtr<vnxZELPreproDirective> directives;
   source->getPreproDirectiveList(directives);
   for (int i = 1; i <= directives.Size(); ++i) {
@@ -31,7 +27,6 @@ int run(const std::vector<std::string>& args) {
     groups[i]->Release();
   }
   wbStdout.flush();
-  source->Release();
   return status == 0 ? kCliOk : kCliFailure;
 }
 
@@ -40,6 +35,6 @@ const CliCommand command(
     "Preprocesses FILE as 'prepro' does, then prints the dump of every directive\n"
     "in the order the pass met them (the directives of conditional groups\n"
     "included), followed by the dump of every conditional group.",
-    run);
+    [](const std::vector<std::string>& args) { return cliRunOnSource(args, kUsage, body); });
 
 }  // namespace

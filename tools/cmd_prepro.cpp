@@ -9,15 +9,10 @@ namespace {
 
 const char kUsage[] = "vnxparse prepro [--expand NAME]... FILE";
 
-int run(const std::vector<std::string>& args) {
-  CliPreproOptions options;
-  if (!cliParsePreproArgs(args, kUsage, options)) return kCliBadInput;
-  int status = 0;
-  vnxSourceFile* source = cliPreprocess(options, status);
-  if (!source) return kCliBadInput;
+int body(vnxSourceFile& file, int status) {
+  vnxSourceFile* source = &file;
   if (source->GetStream()) std::cout.write(source->GetStream(), source->GetSize());
   std::cout << '\n';
-  source->Release();
   return status == 0 ? kCliOk : kCliFailure;
 }
 
@@ -27,6 +22,6 @@ const CliCommand command(
     "prints the preprocessed stream followed by one newline. Each --expand NAME\n"
     "registers a macro to expand before the pass; other macros are never expanded.\n"
     "Diagnostics go to standard error. Exit 0 when the pass succeeded, 1 when it failed.",
-    run);
+    [](const std::vector<std::string>& args) { return cliRunOnSource(args, kUsage, body); });
 
 }  // namespace

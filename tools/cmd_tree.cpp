@@ -11,18 +11,10 @@ namespace {
 
 const char kUsage[] = "vnxparse tree [--expand NAME]... FILE";
 
-int run(const std::vector<std::string>& args) {
-  CliPreproOptions options;
-  if (!cliParsePreproArgs(args, kUsage, options)) return kCliBadInput;
-  int status = 0;
-  vnxSourceFile* source = cliPreprocess(options, status);
-  if (!source) return kCliBadInput;
-  if (status != 0) {
-    source->Release();
-    return kCliFailure;
-  }
+int body(vnxSourceFile& file, int status) {
+  vnxSourceFile* source = &file;
+  if (status != 0) return kCliFailure;
   vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(1, source, 0, source->GetSize(), 1);
-  source->Release();  // the tree holds its own reference
   if (!root) {
     std::cerr << "vnxparse: cannot create the tree\n";
     return kCliBuildFailed;
@@ -48,6 +40,6 @@ const CliCommand command(
     "over the whole preprocessed stream as the loader does, and prints its dump\n"
     "(every node, indented by two blanks per level). On a build failure the\n"
     "failure message goes to standard error and the exit status is 3.",
-    run);
+    [](const std::vector<std::string>& args) { return cliRunOnSource(args, kUsage, body); });
 
 }  // namespace
