@@ -10,37 +10,39 @@ namespace {
 
 void* value(long v) { return reinterpret_cast<void*>(v); }
 
-TEST(PlatformIndex, DuplicatesAreKeptAndLookUpsAnswerTheFirstPosition) {
+TEST(PlatformIndex, DuplicatesAreKeptLookUpsAnswerTheFirstPositionAndKeysAreCopied) {
   TAIndex index;
-  EXPECT_EQ(0, index.Append("a", value(1)));
+  char key[] = "a";
+  EXPECT_EQ(0, index.Append(key, value(1)));
   EXPECT_EQ(1, index.Append("b", value(2)));
   EXPECT_EQ(2, index.Append("a", value(3)));
-  EXPECT_EQ(3, index.Size());
+  key[0] = 'z';  // the index holds its own copy
+  EXPECT_EQ(-1, index.Append(nullptr, value(4)));
+  EXPECT_EQ(3, index.Append("", value(5)));  // an empty key is ordinary
+  EXPECT_EQ(4, index.Size());
   EXPECT_EQ(0, index.IsIn("a"));
   EXPECT_EQ(1, index.IsIn("b"));
-  EXPECT_EQ(-1, index.IsIn("c"));
-  EXPECT_EQ(-1, index.IsIn("A"));
+  EXPECT_EQ(3, index.IsIn(""));
+  for (const char* absent : {"z", "A", "c", static_cast<const char*>(nullptr)}) EXPECT_EQ(-1, index.IsIn(absent));
   EXPECT_EQ(value(3), index.GetValue(2));
   EXPECT_STREQ("a", index.GetKey(2));
-}
-
-TEST(PlatformIndex, NullKeysAreRefusedAndEmptyKeysAreOrdinary) {
-  TAIndex index;
-  EXPECT_EQ(-1, index.Append(nullptr, value(1)));
-  EXPECT_EQ(0, index.Size());
-  EXPECT_EQ(-1, index.IsIn(nullptr));
-  EXPECT_EQ(0, index.Append("", value(2)));
-  EXPECT_EQ(0, index.IsIn(""));
-}
-
-TEST(PlatformIndex, KeysAreCopiedAtAppend) {
-  TAIndex index;
-  char key[] = "name";
-  index.Append(key, nullptr);
-  key[0] = 'g';
-  EXPECT_EQ(0, index.IsIn("name"));
-  EXPECT_EQ(-1, index.IsIn("game"));
   EXPECT_NE(key, index.GetKey(0));
+
+  // Out-of-range positions answer null and ignore writes.
+  EXPECT_EQ(nullptr, index.GetKey(4));
+  EXPECT_EQ(nullptr, index.GetKey(-1));
+  EXPECT_EQ(nullptr, index.GetValue(4));
+  index.SetValue(4, value(9));
+  index.SetValue(-1, value(9));
+  index.SetValue(0, value(8));
+  EXPECT_EQ(value(8), index.GetValue(0));
+
+  index.RemovePosition(1);  // Reset with a removal still pending
+  index.Reset();
+  EXPECT_EQ(0, index.Size());
+  EXPECT_EQ(-1, index.IsIn("b"));
+  EXPECT_EQ(0, index.Append("b", nullptr));
+  EXPECT_EQ(0, index.IsIn("b"));
 }
 
 TEST(PlatformIndex, RemovePositionShiftsLaterEntriesAndLookUpsFollow) {
@@ -65,30 +67,6 @@ TEST(PlatformIndex, RemovePositionShiftsLaterEntriesAndLookUpsFollow) {
   index.RemovePosition(-1);
   index.RemovePosition(4);
   EXPECT_EQ(4, index.Size());
-}
-
-TEST(PlatformIndex, OutOfRangePositionsAnswerNullAndIgnoreWrites) {
-  TAIndex index;
-  index.Append("k", value(7));
-  EXPECT_EQ(nullptr, index.GetKey(1));
-  EXPECT_EQ(nullptr, index.GetKey(-1));
-  EXPECT_EQ(nullptr, index.GetValue(1));
-  index.SetValue(1, value(9));
-  index.SetValue(-1, value(9));
-  index.SetValue(0, value(8));
-  EXPECT_EQ(value(8), index.GetValue(0));
-}
-
-TEST(PlatformIndex, ResetEmptiesAndTheIndexStaysUsable) {
-  TAIndex index;
-  index.Append("x", nullptr);
-  index.Append("y", nullptr);
-  index.RemovePosition(0);
-  index.Reset();
-  EXPECT_EQ(0, index.Size());
-  EXPECT_EQ(-1, index.IsIn("y"));
-  EXPECT_EQ(0, index.Append("y", nullptr));
-  EXPECT_EQ(0, index.IsIn("y"));
 }
 
 TEST(PlatformIndex, CopiesAreIndependentEvenFromAnIndexWithPendingRemovals) {

@@ -19,33 +19,24 @@ class Counted : public TARefCounter {
   bool* _destroyed;
 };
 
-TEST(PlatformRefCounter, TheObjectIsDeletedWhenTheCountReachesZero) {
-  bool destroyed = false;
-  Counted* object = new Counted(&destroyed);
-  EXPECT_EQ(1, object->GetRefCount());
-  EXPECT_EQ(2, object->AddRef());
-  EXPECT_EQ(1, object->Release());
-  EXPECT_FALSE(destroyed);
-  EXPECT_EQ(0, object->Release());
-  EXPECT_TRUE(destroyed);
-}
-
-TEST(PlatformRefCounter, ACopyStartsItsOwnCountAtOne) {
-  bool destroyedA = false;
+TEST(PlatformRefCounter, TheObjectIsDeletedAtZeroAndACopyStartsItsOwnCountAtOne) {
+  bool destroyedA = false, destroyedB = false;
   Counted* a = new Counted(&destroyedA);
-  a->AddRef();
-  a->AddRef();
+  EXPECT_EQ(1, a->GetRefCount());
+  EXPECT_EQ(2, a->AddRef());
+  EXPECT_EQ(3, a->AddRef());
   Counted* b = new Counted(*a);
   EXPECT_EQ(1, b->GetRefCount());
-  *b = *a;  // assignment keeps the target's count
+  Counted other(&destroyedB);
+  *b = other;  // assignment keeps the target's count
   EXPECT_EQ(1, b->GetRefCount());
-  b->Release();
-  EXPECT_TRUE(destroyedA);  // the copy shares the flag pointer of a
-  destroyedA = false;
+  EXPECT_EQ(0, b->Release());
+  EXPECT_TRUE(destroyedB);  // b took other's flag pointer
   EXPECT_EQ(3, a->GetRefCount());
-  a->Release();
-  a->Release();
-  a->Release();
+  EXPECT_EQ(2, a->Release());
+  EXPECT_EQ(1, a->Release());
+  EXPECT_FALSE(destroyedA);
+  EXPECT_EQ(0, a->Release());
   EXPECT_TRUE(destroyedA);
 }
 

@@ -128,13 +128,11 @@ TEST(PreproPositions, OutOfRangeQueriesFailWithTheMessage) {
   EXPECT_EQ(2, line);
   EXPECT_EQ(1, col);
   source->Release();
-}
 
-TEST(PreproPositions, EmptyStreamAnswersTheNullPoint) {
-  vnxSourceFile* source = new vnxSourceFile("/* only a comment */\n", nullptr, TAFileName());
+  source = new vnxSourceFile("/* only a comment */\n", nullptr, TAFileName());
   ASSERT_EQ(0, source->preProcess());
   EXPECT_EQ(0, source->GetSize());
-  EXPECT_EQ(0, source->GetPoint(0).GetLine());
+  EXPECT_EQ(0, source->GetPoint(0).GetLine()) << "an empty stream answers the null point";
   EXPECT_EQ(0, source->GetPoint(0).GetCol());
   source->Release();
 }

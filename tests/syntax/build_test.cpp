@@ -67,27 +67,6 @@ void checkRows(std::initializer_list<Row> rows, int withNull, int type = vnxSynt
   }
 }
 
-TEST(TreeBuild, FileIsCutIntoInstructionsWithoutTheirEndingCharacter) {
-  checkRows(
-      {
-          {"a=1; b=2;", "I(a=1) I(b=2)"},
-          {"if(x) y=1; else y=2;", "I(if(x) y=1) I(else y=2)"},
-          {"if(a)if(b) x; else y;", "I(if(a)if(b) x; else y)"},
-          {"if(a) if(b) x; else y;", "I(if(a) if(b) x) I(else y)"},
-          {"do{ i++; }while(i<3);", "I(do{ i++; }) I(while(i<3))"},
-          {"public: int a;", "I(public) I(int a)"},
-          {"x = c ? 1 : 2;", "I(x = c ? 1 : 2)"},
-          {"case 3: f();", "I(case 3) I(f())"},
-          {"unsigned flag:1;", "I(unsigned flag:1)"},
-          {"unsigned flag : 1;", "I(unsigned flag ) I(1)"},
-          {"label:1;", "I(label) I(1)"},
-          {"a", "I(a)"},
-          {"   ", ""},
-          {"", ""},
-      },
-      1);
-}
-
 TEST(TreeBuild, BlocksNestAndFileLevelHeadersBecomeDeclarations) {
   checkRows(
       {
@@ -98,6 +77,11 @@ TEST(TreeBuild, BlocksNestAndFileLevelHeadersBecomeDeclarations) {
           {"x{a;}", "D(x) B[I(a)]"},
           {";;", "N(;) N(;)"},
           {"{ }", "B[]"},
+          // Cutting follows the instruction scanner; a last instruction needs no ';'.
+          {"if(a) if(b) x; else y;", "I(if(a) if(b) x) I(else y)"},
+          {"a", "I(a)"},
+          {"   ", ""},
+          {"", ""},
       },
       1);
   checkRows(
@@ -166,6 +150,11 @@ TEST(TreeBuild, ReleasingABuiltTreeReturnsEveryNodeToItsPool) {
     EXPECT_GT(vnxInstruction::GetPoolLiveCount(), instructions);
     BuiltTree failed("a; { b; { c; }", 1);
     EXPECT_EQ(failed.status(), 1);
+    std::string many;  // enough instructions to need a second pool block
+    for (int i = 0; i < 1200; ++i) many += "if(a){ x = f(y, z[i]); } else return;";
+    BuiltTree big(many, 1);
+    EXPECT_EQ(big.status(), 0);
+    EXPECT_GT(vnxInstruction::GetPoolLiveCount(), instructions + 1024);
   }
   EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), nodes);
   EXPECT_EQ(vnxInstruction::GetPoolLiveCount(), instructions);
@@ -196,9 +185,10 @@ class StatementMacros {
   ZELListValZELString _list;
 };
 
-TEST(TreeBuild, StatementMacrosEndAnInstructionWithoutASemicolon) {
-  StatementMacros macros({"ZZ_END", "MY_CHECK", "AA_FIRST"});
-  checkRows(
+TEST(TreeBuild, StatementMacrosEndAnInstructionWithoutASemicolonUntilTheListIsReleased) {
+  {
+    StatementMacros macros({"ZZ_END", "MY_CHECK", "AA_FIRST"});
+    checkRows(
       {
           {"MY_CHECK(a) b; c;", "I(MY_CHECK(a)) I(b) I(c)"},
           {"ZZ_END x; y;", "I(ZZ_END ) I(x) I(y)"},
@@ -208,14 +198,8 @@ TEST(TreeBuild, StatementMacrosEndAnInstructionWithoutASemicolon) {
           {"{ ZZ_END x; }", "B[I(ZZ_END ) I(x)]"},
       },
       1);
-}
-
-TEST(TreeBuild, StatementMacroListIsReadAgainAfterARelease) {
-  {
-    StatementMacros macros({"ZZ_END"});
-    checkRows({{"ZZ_END x;", "I(ZZ_END ) I(x)"}}, 0);
   }
-  checkRows({{"ZZ_END x;", "I(ZZ_END x)"}}, 0);
+  checkRows({{"ZZ_END x;", "I(ZZ_END x)"}}, 0);  // the list is read again after the release
 }
 
 }  // namespace

@@ -265,29 +265,3 @@ TEST_F(TreeNavigate, NullAndThisValuesLookThroughACast) {
 }
 
 }  // namespace
-
-namespace {
-
-// The same queries over a tree made by the builders themselves.
-TEST(TreeNavigateBuilt, QueriesReadTheShapesTheBuildersMake) {
-  vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText("r = f(x, y);", "built.cpp");
-  vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
-  ASSERT_EQ(root->Build(1), 0) << vnxSyntaxe::GetErrMsg();
-  EXPECT_EQ(root->Navigate(SNAV_Child, 1, SNAV_InstTest, 20, 0), nullptr) << "a plain statement is no return";
-  vnxSyntaxe* call = root->Navigate(SNAV_Child, 1, SNAV_Test, 3, SNAV_Child, 1, SNAV_ExprTest, "=", SNAV_Child, 2,
-                                    SNAV_ExprTest, "mt", 0);
-  ASSERT_NE(call, nullptr);
-  EXPECT_EQ(call->Navigate(SNAV_Child, 2, SNAV_Test, 6, SNAV_Child, 2, SNAV_BeginWith, "y", 0)->GetBegin(), 9);
-  ZELListValZELString out;
-  root->Child(1)->Child(1)->GetListOfString(out);
-  std::string joined;
-  for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
-  EXPECT_EQ(joined, "r|=|f|(|x|,|y|)|");
-  ZELListPtr<vnxSyntaxe> found;
-  EXPECT_EQ(root->FindOccurrences("x", found), 1);
-  EXPECT_EQ(found.Size(), 1);
-  root->Release();
-  source->Release();
-}
-
-}  // namespace

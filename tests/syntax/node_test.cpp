@@ -1,5 +1,5 @@
 // The node: pools and reference counts, children and siblings, positions and
-// text, comparison, dump and the dump indentation.
+// text, paths, comparison, dump and the dump indentation.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -8,6 +8,7 @@
 #include "TestSupport.h"
 #include "vnxSourceFile.h"
 #include "vnxSyntaxe.h"
+#include "vnxSyntaxePath.h"
 
 namespace {
 
@@ -214,6 +215,69 @@ TEST(TreeNode, BlocSizeCountsTheLinesOfABlock) {
   EXPECT_EQ(tree.add(tree.root(), 2, 1, 5)->GetBlocSize(), 3);
   EXPECT_EQ(tree.add(tree.root(), 2, 8, 0)->GetBlocSize(), 1);
   EXPECT_EQ(tree.add(tree.root(), 3, 1, 5)->GetBlocSize(), 0) << "only blocks have a size in lines";
+}
+
+std::vector<int> positions(const ZELRawCollint& list) {
+  std::vector<int> out;
+  for (int i = 1; i <= list.Size(); ++i) out.push_back(list[i]);
+  return out;
+}
+
+std::string points(const vnxSyntaxePath& path) {
+  const vnxSyntaxePoint b = path.GetBeginPoint(), e = path.GetEndPoint();
+  return std::to_string(b.GetLine()) + ":" + std::to_string(b.GetCol()) + "-" + std::to_string(e.GetLine()) + ":" +
+         std::to_string(e.GetCol());
+}
+
+TEST(TreeNode, PathsCarryFilePositionsAndPointsAndCompareByCharacters) {
+  Tree tree("a;\n{ b; c; }", vnxSyntaxe::kFile, "path.cpp");
+  vnxSyntaxe* root = tree.root();
+  tree.add(root, vnxSyntaxe::kInstruction, 0, 1);                    // a
+  vnxSyntaxe* block = tree.add(root, vnxSyntaxe::kTAPBloc, 4, 7);    // " b; c; "
+  tree.add(block, vnxSyntaxe::kInstruction, 5, 1);                   // b
+  vnxSyntaxe* c = tree.add(block, vnxSyntaxe::kInstruction, 8, 1);  // c
+  vnxSyntaxe* cExpression = tree.add(c, vnxSyntaxe::kExpression, 8, 1);
+  vnxSyntaxe* empty = tree.add(block, vnxSyntaxe::kSyntaxeNULL, 7, 0);
+
+  vnxSyntaxePath path(cExpression);
+  EXPECT_STREQ(path.GetFilePath(), "path.cpp");
+  EXPECT_EQ(positions(path.GetPosInTree()), (std::vector<int>{2, 2, 1}));
+  EXPECT_EQ(vnxSyntaxePath(root).GetPosInTree().Size(), 0);
+  const struct {
+    vnxSyntaxe* node;
+    const char* points;
+  } rows[] = {{cExpression, "2:6-2:6"}, {root, "1:1-2:9"}, {block, "2:1-2:9"} /* with its braces */,
+              {empty, "2:5-2:5"}};
+  for (const auto& row : rows) EXPECT_EQ(points(vnxSyntaxePath(row.node)), row.points) << row.points;
+
+  ZELRawCollint chain;
+  chain.Append(99);
+  EXPECT_EQ(cExpression->GetTAPSyntaxePath(chain), 0);
+  EXPECT_EQ(positions(chain), (std::vector<int>{99, 2, 2, 1})) << "appended after what the list held";
+
+  // Equality is about the file and the characters, not the place in the tree.
+  vnxSyntaxePath instruction(c), blockPath(block), rootPath(root);
+  EXPECT_EQ(instruction.IsEqual(path), 1);
+  EXPECT_EQ(instruction.IsEqual(blockPath), 0);
+  Tree twin("a;\n{ b; c; }", vnxSyntaxe::kFile, "twin.cpp");
+  vnxSyntaxePath other(twin.root());
+  EXPECT_EQ(rootPath.IsEqual(other), 0) << "another file";
+
+  // Copies carry everything; a null node or path gives the empty path.
+  vnxSyntaxePath fromPointer(&path);
+  vnxSyntaxePath assigned;
+  assigned = path;
+  for (vnxSyntaxePath* copy : {&fromPointer, &assigned}) {
+    EXPECT_EQ(copy->IsEqual(path), 1);
+    EXPECT_EQ(positions(copy->GetPosInTree()), positions(path.GetPosInTree()));
+  }
+  vnxSyntaxePath fromNull(static_cast<vnxSyntaxePath*>(nullptr));
+  vnxSyntaxePath ofNull(static_cast<vnxSyntaxe*>(nullptr));
+  for (vnxSyntaxePath* none : {&fromNull, &ofNull}) {
+    EXPECT_STREQ(none->GetFilePath(), "");
+    EXPECT_EQ(none->GetPosInTree().Size(), 0);
+    EXPECT_EQ(points(*none), "0:0-0:0");
+  }
 }
 
 TEST(TreeNode, NodesCompareBySourceNameAndSlice) {

@@ -9,66 +9,108 @@
 
 namespace {
 
-struct ForwardRow {
+int lastOf(const char* text) { return static_cast<int>(std::strlen(text)) - 1; }
+
+typedef int (*Scan)(const char*, int, int);
+int block(const char* s, int from, int limit) { return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 0); }
+int blockC(const char* s, int from, int limit) { return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 1); }
+
+// Forward scanners take (text, from, limit) and answer the closing offset or 0;
+// backward ones take (text, from, lowest) and answer the opening offset or 0.
+// Either way -1 stands for the text's last character.
+struct ScanRow {
+  const char* name;
+  Scan scan;
   const char* text;
-  int from;
-  int limit;  // -1: the last character
+  int first, second;
   int expected;
 };
 
-int lastOf(const char* text) { return static_cast<int>(std::strlen(text)) - 1; }
-
-template <class Scan>
-void checkRows(const char* name, Scan scan, std::initializer_list<ForwardRow> rows) {
-  for (const ForwardRow& row : rows) {
-    const int limit = row.limit < 0 ? lastOf(row.text) : row.limit;
-    EXPECT_EQ(scan(row.text, row.from, limit), row.expected)
-        << name << " over [" << row.text << "] from " << row.from << " limit " << limit;
+void checkScans(std::initializer_list<ScanRow> rows) {
+  for (const ScanRow& row : rows) {
+    const int first = row.first < 0 ? lastOf(row.text) : row.first;
+    const int second = row.second < 0 ? lastOf(row.text) : row.second;
+    EXPECT_EQ(row.scan(row.text, first, second), row.expected)
+        << row.name << " over [" << row.text << "] (" << first << ", " << second << ")";
   }
 }
 
-TEST(TreeScanner, ParenthesisSearchSkipsStringsLiteralsAndBrackets) {
-  checkRows("SearchEndOfPar", vnxSyntaxe::SearchEndOfPar,
-            {
-                {"(a)", 0, -1, 2},
-                {"(a(b)c)", 0, -1, 6},
-                {"(a[)]b)", 0, -1, 6},       // a ')' inside [] does not close
-                {"(\")\")", 0, -1, 4},       // nor one inside a string
-                {"(')')", 0, -1, 4},         // nor one in a character literal
-                {"(\"a\"\"b\")", 0, -1, 7},  // adjacent literals are one string
-                {"(L\")\")", 0, -1, 5},      // wide string
-                {"x(a)", 1, -1, 3},
-                {"xy)", 1, -1, 1},  // not started on '(': answers its start
-                {"(a", 0, -1, 0},
-                {"(a)", 0, 1, 0},  // the ')' lies past limit
-                {"(a)", 2, 2, 0},  // limit must be above from
-                {"(\"a)", 0, -1, 0},
-            });
+#define SCAN(f) #f, vnxSyntaxe::f
+
+TEST(TreeScanner, ForwardSearchesNestTheirBracketsAndSkipLiteralsAndOtherBrackets) {
+  checkScans({
+      {SCAN(SearchEndOfPar), "(a)", 0, -1, 2},
+      {SCAN(SearchEndOfPar), "(a(b)c)", 0, -1, 6},
+      {SCAN(SearchEndOfPar), "(a[)]b)", 0, -1, 6},       // a ')' inside [] does not close
+      {SCAN(SearchEndOfPar), "(\")\")", 0, -1, 4},       // nor one inside a string
+      {SCAN(SearchEndOfPar), "(')')", 0, -1, 4},         // nor one in a character literal
+      {SCAN(SearchEndOfPar), "(\"a\"\"b\")", 0, -1, 7},  // adjacent literals are one string
+      {SCAN(SearchEndOfPar), "(L\")\")", 0, -1, 5},      // wide string
+      {SCAN(SearchEndOfPar), "x(a)", 1, -1, 3},
+      {SCAN(SearchEndOfPar), "xy)", 1, -1, 1},  // not started on '(': answers its start
+      {SCAN(SearchEndOfPar), "(a", 0, -1, 0},
+      {SCAN(SearchEndOfPar), "(a)", 0, 1, 0},  // the ')' lies past limit
+      {SCAN(SearchEndOfPar), "(a)", 2, 2, 0},  // limit must be above from
+      {SCAN(SearchEndOfPar), "(\"a)", 0, -1, 0},
+      {"block", block, "{a{b}c}", 0, -1, 6},
+      {"block", block, "{ \"}\" }", 0, -1, 6},
+      {"block", block, "{ '}' }", 0, -1, 6},
+      {"block", block, "{ (}) }", 0, -1, 6},
+      {"block", block, "{ [}] }", 0, -1, 6},
+      {"block", block, "{ /* } */ }", 0, -1, 5},  // without comments a '}' in one counts
+      {"block", block, "{ a", 0, -1, 0},
+      {"block", block, "{}", 0, -1, 1},
+      {"block with comments", blockC, "{ /* } */ }", 0, -1, 10},
+      {"block with comments", blockC, "{ // }\n}", 0, -1, 7},
+      {"block with comments", blockC, "{ a/b }", 0, -1, 6},
+      {"block with comments", blockC, "{ // }", 0, -1, 0},  // the line never ends
+      {SCAN(SearchEndOfIndex), "[a[b]c]", 0, -1, 6},
+      {SCAN(SearchEndOfIndex), "[(])]", 0, -1, 4},
+      {SCAN(SearchEndOfIndex), "[\"]\"]", 0, -1, 4},
+      {SCAN(SearchEndOfIndex), "[a", 0, -1, 0},
+      {SCAN(SearchEndOfString), "\"abc\"", 0, -1, 4},
+      {SCAN(SearchEndOfString), "\"a\\\"b\"", 0, -1, 5},
+      {SCAN(SearchEndOfString), "\"a\"\"b\"", 0, -1, 5},
+      {SCAN(SearchEndOfString), "\"a\"\"", 0, 2, 2},  // a quote at limit ends it
+      {SCAN(SearchEndOfString), "\"ab", 0, -1, 0},
+      {SCAN(SearchEndOfString), "\"", 0, 0, 0},
+      {SCAN(SearchEndOfString2), "'a'", 0, -1, 2},
+      {SCAN(SearchEndOfString2), "'\\''", 0, -1, 3},
+      {SCAN(SearchEndOfString2), "'\"'", 0, -1, 2},
+      {SCAN(SearchEndOfString2), "'ab", 0, -1, 0},
+      // The comment scanners keep their crossed names.
+      {SCAN(SearchEndOfCComment), "// x\ny", 2, -1, 4},
+      {SCAN(SearchEndOfCComment), "// a\\\nb", 2, -1, 5},  // a backslash hands back right after itself
+      {SCAN(SearchEndOfCComment), "// x", 2, -1, 0},
+      {SCAN(SearchEndOfCComment), "//\n", 2, 2, 0},
+      {SCAN(SearchEndOfCPPComment), "/* x */", 2, -1, 6},
+      {SCAN(SearchEndOfCPPComment), "/**/", 2, -1, 3},
+      {SCAN(SearchEndOfCPPComment), "/* x *", 2, -1, 0},
+      {SCAN(SearchEndOfCPPComment), "/*/", 2, -1, 0},
+  });
 }
 
-TEST(TreeScanner, BlockSearchCountsBracesAndJumpsOverEverythingElse) {
-  auto block = [](const char* s, int from, int limit) { return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 0); };
-  checkRows("SearchEndOfTAPBloc", block,
-            {
-                {"{a{b}c}", 0, -1, 6},
-                {"{ \"}\" }", 0, -1, 6},
-                {"{ '}' }", 0, -1, 6},
-                {"{ (}) }", 0, -1, 6},
-                {"{ [}] }", 0, -1, 6},
-                {"{ /* } */ }", 0, -1, 5},  // without comments a '}' in one counts
-                {"{ a", 0, -1, 0},
-                {"{}", 0, -1, 1},
-            });
-  auto withComments = [](const char* s, int from, int limit) {
-    return vnxSyntaxe::SearchEndOfTAPBloc(s, from, limit, 1);
-  };
-  checkRows("SearchEndOfTAPBloc with comments", withComments,
-            {
-                {"{ /* } */ }", 0, -1, 10},
-                {"{ // }\n}", 0, -1, 7},
-                {"{ a/b }", 0, -1, 6},
-                {"{ // }", 0, -1, 0},  // the line never ends
-            });
+TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
+  checkScans({
+      {SCAN(SearchBeginOfPar), "x(a(b)c)", -1, 0, 1},
+      {SCAN(SearchBeginOfPar), "x(a\")\"b)", -1, 0, 1},
+      {SCAN(SearchBeginOfPar), "x(a[(]b)", -1, 0, 1},
+      {SCAN(SearchBeginOfPar), "x(a)", -1, 2, 0},  // the '(' lies below lowest
+      {SCAN(SearchBeginOfPar), "(a)", -1, 0, 0},
+      {SCAN(SearchBeginOfTAPBloc), "x{a{b}c}", -1, 0, 1},
+      {SCAN(SearchBeginOfTAPBloc), "x{ (}) }", -1, 0, 1},
+      {SCAN(SearchBeginOfTAPBloc), "x{ '{' }", -1, 0, 1},
+      {SCAN(SearchBeginOfTAPBloc), "x{a", 2, 0, 2},  // not started on '}': answers its start
+      {SCAN(SearchBeginOfIndex), "x[a[b]c]", -1, 0, 1},
+      {SCAN(SearchBeginOfIndex), "x[a\"]\"b]", -1, 0, 1},
+      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 0, 1},
+      {SCAN(SearchBeginOfString), "x\"a\\\"b\"", -1, 0, 1},   // an escaped quote is inside
+      {SCAN(SearchBeginOfString), "x\"\\\\\"y\"", -1, 0, 4},  // a quote after two backslashes opens
+      {SCAN(SearchBeginOfString), "x\"a\"\"b\"", -1, 0, 1},   // adjacent literals are one string
+      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 2, 0},
+      {SCAN(SearchBeginOfString2), "x'a'", -1, 0, 1},
+      {SCAN(SearchBeginOfString2), "x'\\''", -1, 0, 1},
+  });
 }
 
 TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
@@ -96,109 +138,9 @@ TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
   EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "") << "a plain unclosed string fails silently";
 }
 
-TEST(TreeScanner, IndexSearchNestsBracketsAndSkipsParentheses) {
-  checkRows("SearchEndOfIndex", vnxSyntaxe::SearchEndOfIndex,
-            {
-                {"[a[b]c]", 0, -1, 6},
-                {"[(])]", 0, -1, 4},
-                {"[\"]\"]", 0, -1, 4},
-                {"[a", 0, -1, 0},
-            });
-}
-
-TEST(TreeScanner, StringAndCharacterLiteralsEndAtTheirUnescapedQuote) {
-  checkRows("SearchEndOfString", vnxSyntaxe::SearchEndOfString,
-            {
-                {"\"abc\"", 0, -1, 4},
-                {"\"a\\\"b\"", 0, -1, 5},
-                {"\"a\"\"b\"", 0, -1, 5},
-                {"\"a\"\"", 0, 2, 2},  // a quote at limit ends it
-                {"\"ab", 0, -1, 0},
-                {"\"", 0, 0, 0},
-            });
-  checkRows("SearchEndOfString2", vnxSyntaxe::SearchEndOfString2,
-            {
-                {"'a'", 0, -1, 2},
-                {"'\\''", 0, -1, 3},
-                {"'\"'", 0, -1, 2},
-                {"'ab", 0, -1, 0},
-            });
-}
-
-TEST(TreeScanner, CommentScannersKeepTheirCrossedNames) {
-  checkRows("SearchEndOfCComment", vnxSyntaxe::SearchEndOfCComment,
-            {
-                {"// x\ny", 2, -1, 4},
-                {"// a\\\nb", 2, -1, 5},  // a backslash hands back right after itself
-                {"// x", 2, -1, 0},
-                {"//\n", 2, 2, 0},
-            });
-  checkRows("SearchEndOfCPPComment", vnxSyntaxe::SearchEndOfCPPComment,
-            {
-                {"/* x */", 2, -1, 6},
-                {"/**/", 2, -1, 3},
-                {"/* x *", 2, -1, 0},
-                {"/*/", 2, -1, 0},
-            });
-}
-
-struct BackwardRow {
-  const char* text;
-  int from;  // -1: the last character
-  int lowest;
-  int expected;
-};
-
-template <class Scan>
-void checkBackward(const char* name, Scan scan, std::initializer_list<BackwardRow> rows) {
-  for (const BackwardRow& row : rows) {
-    const int from = row.from < 0 ? lastOf(row.text) : row.from;
-    EXPECT_EQ(scan(row.text, from, row.lowest), row.expected)
-        << name << " over [" << row.text << "] from " << from << " lowest " << row.lowest;
-  }
-}
-
-TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
-  checkBackward("SearchBeginOfPar", vnxSyntaxe::SearchBeginOfPar,
-                {
-                    {"x(a(b)c)", -1, 0, 1},
-                    {"x(a\")\"b)", -1, 0, 1},
-                    {"x(a[(]b)", -1, 0, 1},
-                    {"x(a)", -1, 2, 0},  // the '(' lies below lowest
-                    {"(a)", -1, 0, 0},
-                });
-  checkBackward("SearchBeginOfTAPBloc", vnxSyntaxe::SearchBeginOfTAPBloc,
-                {
-                    {"x{a{b}c}", -1, 0, 1},
-                    {"x{ (}) }", -1, 0, 1},
-                    {"x{ '{' }", -1, 0, 1},
-                    {"x{a", 2, 0, 2},  // not started on '}': answers its start
-                });
-  checkBackward("SearchBeginOfIndex", vnxSyntaxe::SearchBeginOfIndex,
-                {
-                    {"x[a[b]c]", -1, 0, 1},
-                    {"x[a\"]\"b]", -1, 0, 1},
-                });
-  checkBackward("SearchBeginOfString", vnxSyntaxe::SearchBeginOfString,
-                {
-                    {"x\"ab\"", -1, 0, 1},
-                    {"x\"a\\\"b\"", -1, 0, 1},   // an escaped quote is inside
-                    {"x\"\\\\\"y\"", -1, 0, 4},  // a quote after two backslashes opens
-                    {"x\"a\"\"b\"", -1, 0, 1},   // adjacent literals are one string
-                    {"x\"ab\"", -1, 2, 0},
-                });
-  checkBackward("SearchBeginOfString2", vnxSyntaxe::SearchBeginOfString2,
-                {
-                    {"x'a'", -1, 0, 1},
-                    {"x'\\''", -1, 0, 1},
-                });
-}
-
 TEST(TreeScanner, AlphaNumIsPlainAscii) {
-  const std::string yes = "azAZ09_";
-  const std::string no = " -$.\xe9\x80";
-  for (char c : yes) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 1) << c;
-  for (char c : no) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 0) << static_cast<int>(c);
+  for (char c : std::string("azAZ09_")) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 1) << c;
+  for (char c : std::string(" -$.\xe9\x80")) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 0) << int(c);
 }
 
 TEST(TreeScanner, DeepAlternatingBracketsFailInsteadOfExhaustingTheStack) {
@@ -214,8 +156,6 @@ TEST(TreeScanner, DeepAlternatingBracketsFailInsteadOfExhaustingTheStack) {
   for (int i = 0; i < 200; ++i) fine += "])";
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(fine.c_str(), 0, lastOf(fine.c_str())), lastOf(fine.c_str()));
 }
-
-// --- end of an instruction ----------------------------------------------------------
 
 struct InstructionRow {
   const char* text;
