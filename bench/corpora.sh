@@ -83,7 +83,7 @@ occt_list occt-modeling-algorithms libocct-modeling-algorithms-dev
 
 write_list mingw-w64 /usr/share/mingw-w64/include -name '*.h' -o -name '*.idl'
 
-qt_include=$(dirname "$(dpkg -L qtbase5-dev | grep -m1 '/qt5/QtCore/qglobal.h$')")/..
+qt_include=$(dirname "$(dirname "$(dpkg -L qtbase5-dev | grep -m1 '/qt5/QtCore/qglobal.h$')")")
 write_list qtbase5 "$qt_include" -name '*.h'
 
 wine_root=$PWD/corpora/libwine-dev

@@ -1,9 +1,11 @@
 // TAPool<T>: per-class object pool in blocks of kSlots slots (internal).
 //
 // Bump allocation: a block hands out each slot once, in order; a released slot
-// is destroyed but never reused. A block goes back to the heap as a whole when
-// every slot it handed out has been released, which keeps allocation cheap and
-// release O(1). Each object records the block it came from (the caller stores
+// is destroyed but never reused. A block is recycled as a whole when every
+// slot it handed out has been released, which keeps allocation cheap and
+// release O(1). One recycled block is kept aside for the next allocation:
+// blocks are large enough to be mapped and unmapped by the allocator, and a
+// tree built and released per file would otherwise pay for that every time. Each object records the block it came from (the caller stores
 // the pointer getNew gives back) and passes it to release.
 //
 // Pools are process-wide and unguarded: one thread only.
@@ -32,7 +34,9 @@ class TAPool {
   template <class... Args>
   T* getNew(void** block, Args&&... args) {
     if (!_last || _last->nextSlot >= kSlots) {
-      Block* b = static_cast<Block*>(::operator new(sizeof(Block), std::nothrow));
+      Block* b = _spare;
+      _spare = nullptr;
+      if (!b) b = static_cast<Block*>(::operator new(sizeof(Block), std::nothrow));
       if (!b) return nullptr;
       b->freeCount = kSlots;
       b->nextSlot = 0;
@@ -56,7 +60,10 @@ class TAPool {
   void release(T* object, void* block) {
     if (!object) return;
     Block* b = static_cast<Block*>(block);
-    if (TAFatalError(!b, "TAPool::release of an object without a block")) return;
+    if (!b) {
+      TAFatalError(1, "TAPool::release of an object without a block");
+      return;
+    }
     object->~T();
     --_live;
     if (++b->freeCount < kSlots) return;
@@ -65,7 +72,8 @@ class TAPool {
     if (b->next) b->next->prev = b->prev;
     else _last = b->prev;
     --_blocks;
-    ::operator delete(b);
+    if (_spare) ::operator delete(b);
+    else _spare = b;
   }
 
   int liveCount() const { return _live; }
@@ -75,6 +83,7 @@ class TAPool {
  private:
   Block* _first = nullptr;
   Block* _last = nullptr;
+  Block* _spare = nullptr;  // an emptied block kept for reuse
   int _live = 0;
   int _blocks = 0;
 };

@@ -140,19 +140,18 @@ void vnxSourceFile::countLines() {
   _nbLine = 0;
   const int size = _preProcessedStreamSize;
   if (!_lineTable || !_positionMap || size <= 0) return;
-  auto inRaw = [this](int k) {
+  unsigned int previous = 0;
+  for (int k = 0; k < size; ++k) {
     const int raw = _positionMap[k];
-    if (raw >= 0 && raw < _rawSize) return true;
-    vnxdiag::error(ZELString("Problem in processing of file ") + _name);
-    vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
-                   toString(_rawSize) + ", posInRawStream=" + toString(raw) + "]");
-    return false;
-  };
-  if (!inRaw(0)) return;
-  _nbCodeLine = _lineTable[_positionMap[0]] != 0 ? 1 : 0;
-  for (int k = 1; k < size; ++k) {
-    if (!inRaw(k)) return;
-    if (_lineTable[_positionMap[k]] > _lineTable[_positionMap[k - 1]]) ++_nbCodeLine;
+    if (raw < 0 || raw >= _rawSize) {
+      vnxdiag::error(ZELString("Problem in processing of file ") + _name);
+      vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
+                     toString(_rawSize) + ", posInRawStream=" + toString(raw) + "]");
+      return;
+    }
+    const unsigned int line = _lineTable[raw];
+    if (k == 0 ? line != 0 : line > previous) ++_nbCodeLine;
+    previous = line;
   }
   _nbLine = static_cast<int>(_lineTable[_positionMap[size - 1]]);
 }

@@ -61,6 +61,14 @@ int vnxInstruction::BuildListOfArgs(vnxSyntaxe* arguments) {
         i = SearchEndOfPar(s, i, end - 1);
         if (i == 0) return failWith("Missing )");
         break;
+      case '[': {
+        // A comma between brackets separates no arguments: IDL attribute
+        // lists ("[in, out] long* p") and subscripts keep their commas. An
+        // unclosed bracket is left for the argument's own build to report.
+        const int close = SearchEndOfIndex(s, i, end - 1);
+        if (close > i) i = close;
+        break;
+      }
       case ',':
         if (addArgument(arguments, s, from, i)) return 1;
         from = i + 1;

@@ -46,6 +46,8 @@ TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
       {"public: int a;", "stmt[public] | stmt[dc(int,a)]"},
       {"__except(1){ h(); }", "except[1,{stmt[mt(h,args())]}]"},
       {";", ";"},
+      // Commas between brackets separate no arguments (IDL attributes, subscripts).
+      {"f([in,out] long* p,m[1,2]);", "stmt[mt(f,args(*(dc(in(~,,(in,out)),long),p),in(m,,(1,2))))]"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
 }
