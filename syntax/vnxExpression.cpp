@@ -21,6 +21,7 @@ inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == 
 inline bool isWordChar(char c) { return vnxSyntaxe::isAlphaNumOrUnderScoreChar(c) != 0; }
 
 bool startsWith(const char* s, int pos, int end, const char* word) {
+  if (pos >= end || s[pos] != word[0]) return false;
   const int n = static_cast<int>(std::strlen(word));
   return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
 }

@@ -244,7 +244,9 @@ int walkOperators(const char* s, int begin, int from, int end, Visit&& visit) {
 // Whether the text starts with a basic-type word (then a ':' is a bit-field
 // width, not an operator).
 bool startsWithBasicType(const char* s, int begin, int end) {
+  if (begin >= end) return false;
   for (const char* const* word = vnxSyntaxe::basicTypes; *word; ++word) {
+    if (s[begin] != (*word)[0]) continue;
     const int n = static_cast<int>(std::strlen(*word));
     if (begin + n > end || std::memcmp(s + begin, *word, static_cast<size_t>(n)) != 0) continue;
     if (begin + n == end || !isWordChar(s[begin + n])) return true;

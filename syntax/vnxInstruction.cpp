@@ -192,6 +192,7 @@ const KeywordForm kPlainForm = {"", false, vnxInstruction::tNone, Form::Expressi
 
 const KeywordForm& formAt(const char* s, int p, int end) {
   for (const KeywordForm& form : kKeywordForms) {
+    if (p >= end || s[p] != form.keyword[0]) continue;  // most instructions start with no keyword
     const bool match = form.wholeWord ? startsWithWord(s, p, end, form.keyword) : startsWith(s, p, end, form.keyword);
     if (match) return form;
   }

@@ -29,6 +29,7 @@ inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 // Whether text at pos starts with word, the whole word lying within limit.
 bool startsWith(const char* s, int pos, int limit, const char* word, int length) {
   if (pos < 0 || pos + length - 1 > limit) return false;
+  if (length > 0 && s[pos] != word[0]) return false;  // cheap rejection first
   return std::memcmp(s + pos, word, static_cast<size_t>(length)) == 0;
 }
 
