@@ -185,10 +185,10 @@ int vnxPreprocessor::run() {
       continue;
     }
     emit(isBlank(c) ? ' ' : c, r);
-    removeKeywords(i, c);
+    // Cheap pre-tests keep the two rewrites off the path of ordinary characters.
+    if (c == ')' || c == 'l' || (_outLength >= 10 && _out[_outLength - 10] == 'e')) removeKeywords(i, c);
 
-    const Next list = handleListMacro(i);
-    if (list == kFail) {
+    if ((c == 'Z' || c == 'S') && handleListMacro(i) == kFail) {
       vnxdiag::error(ZELString("Missing end of '(' in ZELLISTP() or ZELLISTV() or SEQUENCE in ") + f._name);
       f._fileBuffer->destroy();
       f._fileBuffer = nullptr;
@@ -241,8 +241,7 @@ void vnxPreprocessor::finish() {
 
 // --- output ------------------------------------------------------------------
 
-void vnxPreprocessor::ensureOut(int extra) {
-  if (_outLength + extra < _outCapacity) return;
+void vnxPreprocessor::growOut(int extra) {
   const int capacity = _outLength + extra + kGrowth + 1;
   _out = grow(_out, _outLength, capacity);
   _map = grow(_map, _outLength, capacity);

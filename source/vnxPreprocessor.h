@@ -42,7 +42,10 @@ class vnxPreprocessor {
 
   // Output buffer and position map.
   char last() const { return _outLength ? _out[_outLength - 1] : '\0'; }
-  void ensureOut(int extra);
+  void ensureOut(int extra) {
+    if (_outLength + extra >= _outCapacity) growOut(extra);
+  }
+  void growOut(int extra);
   void emit(char c, int raw);
   void removeOut(int from, int count);
 
