@@ -482,7 +482,11 @@ vnxPreprocessor::Next vnxPreprocessor::handleListMacro(int& i) {
   int k = i + 8;
   while (_work[k] == ' ' || _work[k] == '\t') ++k;
   if (_work[k] != '(') return kContinue;
-  const int close = vnxSyntaxe::SearchEndOfPar(_work, k, _workLength - 1);
+  // A list macro's argument is one type name: its parenthesis closes within a
+  // short window or not at all. The window keeps a run of unclosed
+  // "ZELLISTP(" from searching to the end of the text once per macro.
+  const int window = k + kListMacroWindow < _workLength - 1 ? k + kListMacroWindow : _workLength - 1;
+  const int close = vnxSyntaxe::SearchEndOfPar(_work, k, window);
   if (close <= k) return kContinue;
   if (std::memchr(_work + k, ',', static_cast<size_t>(close - k)) != nullptr) return kContinue;
 

@@ -27,7 +27,7 @@ class vnxPreprocessor {
   int run();
 
  private:
-  enum { kGrowth = 8192 };
+  enum { kGrowth = 8192, kListMacroWindow = 1024 };
 
   // What the handlers tell the scan loop.
   enum Next { kContinue, kProceed, kStop, kFail };

@@ -17,6 +17,18 @@ vnxSyntaxePath::vnxSyntaxePath(vnxSyntaxe* node) {
     first = node->GetBegin() - 1;
     last = node->GetBegin() + node->GetSize();
   }
+  // An empty node can stand one past the last character (an operand missing
+  // at the end of a file): it is placed on the last character, since the
+  // source stops the process for any offset outside its stream.
+  const int size = source->GetSize();
+  if (size > 0) {
+    if (first >= size) first = size - 1;
+    if (last >= size) last = size - 1;
+    if (first < 0) first = 0;
+    if (last < 0) last = 0;
+  } else {
+    first = last = 0;
+  }
   _beginPoint = source->GetPoint(first);
   _endPoint = source->GetPoint(last);
 }
