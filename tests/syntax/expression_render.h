@@ -10,6 +10,8 @@
 #ifndef VNX_TESTS_SYNTAX_EXPRESSION_RENDER_H
 #define VNX_TESTS_SYNTAX_EXPRESSION_RENDER_H
 
+#include <gtest/gtest.h>
+
 #include <string>
 
 #include "vnxExpression.h"
@@ -145,6 +147,23 @@ class BuiltExpression {
   vnxExpression* _expression = nullptr;
   int _status = 0;
 };
+
+// One table row: a text and the compact tree it must give.
+struct TreeRow {
+  const char* text;
+  const char* tree;
+};
+
+// Builds every row with Parsed (BuiltExpression or ParsedText) and compares
+// its status and compact tree.
+template <class Parsed>
+void expectTrees(const TreeRow* rows, size_t count) {
+  for (size_t i = 0; i < count; ++i) {
+    Parsed parsed(rows[i].text);
+    EXPECT_EQ(parsed.status(), 0) << rows[i].text << ": " << vnxSyntaxe::GetErrMsg().CastToCharPtr();
+    EXPECT_EQ(parsed.tree(), rows[i].tree) << rows[i].text;
+  }
+}
 
 }  // namespace exprtest
 

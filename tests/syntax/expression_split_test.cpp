@@ -11,18 +11,9 @@ using exprtest::BuiltExpression;
 
 namespace {
 
-struct Row {
-  const char* text;
-  const char* tree;
-};
+using Row = exprtest::TreeRow;
 
-void expectTrees(const Row* rows, size_t count) {
-  for (size_t i = 0; i < count; ++i) {
-    BuiltExpression e(rows[i].text);
-    EXPECT_EQ(e.status(), 0) << rows[i].text << ": " << vnxSyntaxe::GetErrMsg().CastToCharPtr();
-    EXPECT_EQ(e.tree(), rows[i].tree) << rows[i].text;
-  }
-}
+void expectTrees(const Row* rows, size_t count) { exprtest::expectTrees<exprtest::BuiltExpression>(rows, count); }
 
 TEST(ExpressionSplit, SplitsAtTheWeakestOperatorLeftAssociativelyExceptForUnaryAndQuestion) {
   static const Row rows[] = {

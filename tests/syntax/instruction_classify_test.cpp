@@ -12,18 +12,9 @@ using exprtest::ParsedText;
 
 namespace {
 
-struct Row {
-  const char* text;
-  const char* tree;
-};
+using Row = exprtest::TreeRow;
 
-void expectTrees(const Row* rows, size_t count) {
-  for (size_t i = 0; i < count; ++i) {
-    ParsedText parsed(rows[i].text);
-    EXPECT_EQ(parsed.status(), 0) << rows[i].text << ": " << vnxSyntaxe::GetErrMsg().CastToCharPtr();
-    EXPECT_EQ(parsed.tree(), rows[i].tree) << rows[i].text;
-  }
-}
+void expectTrees(const Row* rows, size_t count) { exprtest::expectTrees<exprtest::ParsedText>(rows, count); }
 
 TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
   static const Row rows[] = {
