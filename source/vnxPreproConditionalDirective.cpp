@@ -1,9 +1,11 @@
 #include "vnxPreproDirectiveConditional.h"
 
 #include <cstring>
+#include <vector>
 
 #include "lexer/vnxCharClass.h"
 #include "platform/TAPool.h"
+#include "source/vnxBranchMemo.h"
 #include "vnxTokenizer.h"
 #include "wbStream.h"
 
@@ -73,6 +75,49 @@ ConditionalType directiveKeywordAt(const char* text, int k) {
   return keywordType(text + k, static_cast<size_t>(end - k));
 }
 
+// The newlines where the walks of the nested branches still open would
+// start; kept between calls so that a walk allocates nothing.
+std::vector<int>& openBranchScratch() {
+  static thread_local std::vector<int> open;
+  return open;
+}
+
+// Moves c forward to offset k, counting the newlines on the way.
+void advanceTo(const char* text, Cursor& c, int k) {
+  if (k <= c.k) return;
+  const char* p = text + c.k;
+  const char* const stop = text + k;
+  const char* lastNewline = nullptr;
+  unsigned int newlines = 0;
+  while (const void* hit = std::memchr(p, '\n', static_cast<size_t>(stop - p))) {
+    lastNewline = static_cast<const char*>(hit);
+    ++newlines;
+    p = lastNewline + 1;
+  }
+  if (lastNewline) {
+    c.line += newlines;
+    c.col = static_cast<unsigned int>(stop - lastNewline);
+  } else {
+    c.col += static_cast<unsigned int>(k - c.k);
+  }
+  c.k = k;
+}
+
+// The characters a logical line's walk must look at; every other one is
+// stepped over in a tight loop.
+struct WalkStops {
+  bool stop[256];
+};
+constexpr WalkStops makeWalkStops() {
+  WalkStops t{};
+  t.stop[0] = t.stop[static_cast<unsigned char>('\n')] = t.stop[static_cast<unsigned char>('\\')] = true;
+  t.stop[static_cast<unsigned char>('/')] = t.stop[static_cast<unsigned char>('"')] = true;
+  t.stop[static_cast<unsigned char>('\'')] = true;
+  return t;
+}
+constexpr WalkStops kWalkStops = makeWalkStops();
+inline bool isWalkStop(char c) { return kWalkStops.stop[static_cast<unsigned char>(c)]; }
+
 // Walks the logical lines of a text. Block comments may span lines (their
 // newlines count as lines, and the text after them does not start a new
 // line); string and character literals end at their quote or at the end of
@@ -81,96 +126,100 @@ class LineWalker {
  public:
   explicit LineWalker(const char* text) : _text(text) {}
 
-  // Moves c to the newline that ends the logical line c is on, or to the
-  // NUL. When the text ends right after a continuation, continued (if given)
-  // receives the place of its backslash; otherwise its k is set to -1.
-  void toLineEnd(Cursor& c, Cursor* continued = nullptr) {
+  // The offset of the newline that ends the logical line k is on, or of the
+  // NUL. When the text ends right after a continuation, *continued (if
+  // given) receives the offset of its backslash; otherwise -1.
+  int toLineEnd(int k, int* continued = nullptr) {
     const char* t = _text;
-    Cursor backslash{-1, 0, 0};
+    int backslash = -1;
     bool justContinued = false;
     for (;;) {
-      const char ch = t[c.k];
+      if (!isWalkStop(t[k])) {
+        justContinued = false;
+        do ++k;
+        while (!isWalkStop(t[k]));
+      }
+      const char ch = t[k];
       if (ch == '\0' || ch == '\n') break;
-      if (const int n = continuationAt(t, c.k)) {
-        backslash = c;
-        for (int i = 0; i < n; ++i) c.step(t);
+      if (const int n = continuationAt(t, k)) {
+        backslash = k;
+        k += n;
         justContinued = true;
         continue;
       }
       justContinued = false;
-      if (ch == '/' && t[c.k + 1] == '*' && skipBlockComment(c)) continue;
-      if (ch == '/' && t[c.k + 1] == '/') {
-        skipLineComment(c);
+      if (ch == '/' && t[k + 1] == '*') {
+        const int end = blockCommentEnd(k);
+        if (end >= 0) {
+          k = end + 1;
+          continue;
+        }
+      }
+      if (ch == '/' && t[k + 1] == '/') {
+        k = lineCommentEnd(k);
         break;
       }
       if (ch == '"' || ch == '\'') {
-        skipLiteral(c);
+        k = literalEnd(k);
         continue;
       }
-      c.step(t);
+      ++k;
     }
-    if (continued) {
-      continued->k = -1;
-      if (justContinued && t[c.k] == '\0') *continued = backslash;
-    }
+    if (continued) *continued = justContinued && t[k] == '\0' ? backslash : -1;
+    return k;
   }
 
  private:
-  // Steps over a block comment; false (nothing moved) when it is not closed
-  // before the end of the text, in which case its "/*" is ordinary text.
-  bool skipBlockComment(Cursor& c) {
-    if (_noBlockCommentEnd) return false;
+  // The offset of the '/' closing the block comment opened at k; -1 when it
+  // is not closed before the end of the text, in which case its "/*" is
+  // ordinary text.
+  int blockCommentEnd(int k) {
+    if (_noBlockCommentEnd) return -1;
     // "/*/" closes already: the end is the first '/' after a '*' from the
     // comment's third character on.
-    const char* end = nullptr;
-    for (const char* p = _text + c.k + 2; (p = std::strchr(p, '/')) != nullptr; ++p) {
-      if (p[-1] == '*') {
-        end = p;
-        break;
-      }
+    for (const char* p = _text + k + 2; (p = std::strchr(p, '/')) != nullptr; ++p) {
+      if (p[-1] == '*') return static_cast<int>(p - _text);
     }
-    if (!end) {
-      // No later comment can be closed either: remember it, so that a text
-      // full of unclosed openers stays linear.
-      _noBlockCommentEnd = true;
-      return false;
-    }
-    while (_text + c.k <= end) c.step(_text);
-    return true;
+    // No later comment can be closed either: remember it, so that a text
+    // full of unclosed openers stays linear.
+    _noBlockCommentEnd = true;
+    return -1;
   }
 
-  // Moves c to the newline that ends a line comment (continuations belong
-  // to it), or to the NUL.
-  void skipLineComment(Cursor& c) {
+  // The newline that ends a line comment (continuations belong to it), or
+  // the NUL.
+  int lineCommentEnd(int k) const {
     for (;;) {
-      const char ch = _text[c.k];
-      if (ch == '\0') return;
-      if (const int n = continuationAt(_text, c.k)) {
-        for (int i = 0; i < n; ++i) c.step(_text);
+      const char ch = _text[k];
+      if (ch == '\0') return k;
+      if (const int n = continuationAt(_text, k)) {
+        k += n;
         continue;
       }
-      if (ch == '\n') return;
-      c.step(_text);
+      if (ch == '\n') return k;
+      ++k;
     }
   }
 
-  void skipLiteral(Cursor& c) {
-    const char quote = _text[c.k];
-    c.step(_text);
+  // The offset after a literal opened at k: after its closing quote, or at
+  // the newline or NUL that cuts it.
+  int literalEnd(int k) const {
+    const char quote = _text[k];
+    ++k;
     for (;;) {
-      const char ch = _text[c.k];
-      if (ch == '\0' || ch == '\n') return;
-      if (const int n = continuationAt(_text, c.k)) {
-        for (int i = 0; i < n; ++i) c.step(_text);
+      const char ch = _text[k];
+      if (ch == '\0' || ch == '\n') return k;
+      if (const int n = continuationAt(_text, k)) {
+        k += n;
         continue;
       }
       if (ch == '\\') {
-        c.step(_text);
-        if (_text[c.k] != '\0' && _text[c.k] != '\n') c.step(_text);
+        ++k;
+        if (_text[k] != '\0' && _text[k] != '\n') ++k;
         continue;
       }
-      c.step(_text);
-      if (ch == quote) return;
+      ++k;
+      if (ch == quote) return k;
     }
   }
 
@@ -279,40 +328,65 @@ bool placeAfterDirective(const char* text, int last, unsigned int line, unsigned
 
 // The branch runs from the line after the directive to the newline before the
 // next #elif, #else or #endif of the same level; nested #if/#ifdef/#ifndef
-// ... #endif groups inside it are stepped over.
+// ... #endif groups inside it are stepped over, and the branch ends seen on
+// the way are left in the pass's memo for when it reaches those groups.
 int vnxPreproDirectiveConditional::findBranch(const char* text) {
   const int last = _beginPos + _preproStringSize - 1;
   Cursor c{0, 0, 0};
   if (_preproStringSize <= 0 || !placeAfterDirective(text, last, _endLine, _endCol, c)) return 1;
   LineWalker walker(text);
-  walker.toLineEnd(c);  // a line comment after the directive
+  advanceTo(text, c, walker.toLineEnd(c.k));  // a line comment after the directive
   if (text[c.k] == '\0') return 1;
-  Cursor lastNewline = c;
-  c.step(text);
-  const Cursor begin = c;
-  int nesting = 0;
-  for (;;) {
-    while (isIndent(text[c.k])) c.step(text);
-    const ConditionalType type = directiveKeywordAt(text, c.k);
-    if (type == If || type == Ifdef || type == Ifndef) {
-      ++nesting;
-    } else if (type == Endif && nesting > 0) {
-      --nesting;
-    } else if ((type == Elif || type == Else || type == Endif) && nesting == 0) {
-      break;
+  const Cursor afterDirective = c;
+  vnxBranchMemo* memo = vnxBranchMemo::current();
+  if (memo && memo->text() != text) memo = nullptr;
+
+  int lastNewline = memo ? memo->lookup(c.k) : -1;
+  const bool remembered = lastNewline >= 0;
+  if (!remembered) {
+    // Each open nested branch: the newline where its walk would start.
+    std::vector<int>& open = openBranchScratch();
+    open.clear();
+    lastNewline = c.k;
+    int k = c.k + 1;
+    for (;;) {
+      while (isIndent(text[k])) ++k;
+      const ConditionalType type = directiveKeywordAt(text, k);
+      bool opens = false;
+      if (type == If || type == Ifdef || type == Ifndef) {
+        opens = true;
+      } else if (type == Elif || type == Else || type == Endif) {
+        if (open.empty()) break;
+        if (memo) memo->record(open.back(), lastNewline);
+        open.pop_back();
+        opens = type != Endif;
+      }
+      k = walker.toLineEnd(k);
+      if (text[k] == '\0') return 1;
+      if (opens) open.push_back(k);
+      lastNewline = k;
+      ++k;
     }
-    walker.toLineEnd(c);
-    if (text[c.k] == '\0') return 1;
-    lastNewline = c;
-    c.step(text);
+    if (memo) memo->record(afterDirective.k, lastNewline);
+  }
+
+  Cursor begin = afterDirective;
+  begin.step(text);
+  Cursor end = afterDirective;
+  unsigned int lines = 0, col = 0;
+  if (remembered && memo->rawLinesBetween(end.k, lastNewline, lines, col) && lines > 0) {
+    // From the raw text's tables: the branch is not read a second time.
+    end = Cursor{lastNewline, end.line + lines, col};
+  } else {
+    advanceTo(text, end, lastNewline);
   }
   _beginTextPos = static_cast<unsigned int>(begin.k);
   _beginTextLine = begin.line;
   _beginTextCol = begin.col;
-  _endTextPos = static_cast<unsigned int>(lastNewline.k);
-  _endTextLine = lastNewline.line;
-  _endTextCol = lastNewline.col;
-  _emptyText = lastNewline.k < begin.k ? 1 : 0;
+  _endTextPos = static_cast<unsigned int>(end.k);
+  _endTextLine = end.line;
+  _endTextCol = end.col;
+  _emptyText = end.k < begin.k ? 1 : 0;
   return 0;
 }
 
@@ -326,16 +400,20 @@ int vnxPreproDirectiveConditional::findEndifLineEnd(const char* text, int keywor
 
   LineWalker walker(text);
   Cursor c = keywordEnd;
-  Cursor continued{-1, 0, 0};
-  walker.toLineEnd(c, &continued);
+  int continued = -1;
+  int end = walker.toLineEnd(c.k, &continued);
   const int last = _beginPos + _preproStringSize - 1;
-  if (c.k < last) {
+  if (end < last) {
     // The directive itself ran further (a literal left open across lines).
-    continued.k = -1;
-    if (placeAfterDirective(text, last, _endLine, _endCol, c)) walker.toLineEnd(c, &continued);
-    else c = Cursor{last, _endLine, _endCol};
+    if (placeAfterDirective(text, last, _endLine, _endCol, c)) {
+      end = walker.toLineEnd(c.k, &continued);
+    } else {
+      c = Cursor{last, _endLine, _endCol};
+      end = last;
+      continued = -1;
+    }
   }
-  if (continued.k >= 0) c = continued;
+  advanceTo(text, c, continued >= 0 ? continued : end);
 
   _beginTextPos = static_cast<unsigned int>(keywordEnd.k);
   _beginTextLine = keywordEnd.line;

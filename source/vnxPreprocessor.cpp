@@ -47,6 +47,26 @@ inline bool dropsBlankBefore(char c) { return kPunctuation.flags[static_cast<uns
 // No blank follows these.
 inline bool dropsBlankAfter(char c) { return kPunctuation.flags[static_cast<unsigned char>(c)] & kDropsBlankAfter; }
 
+// What the scan loop does with a character outside literals: kPlain ones are
+// copied as they are, kSkippedBlank ones give at most one blank; both may
+// take the fast path, every other character needs the full loop.
+enum : unsigned char { kSlow = 0, kPlain = 1, kSkippedBlank = 2 };
+
+struct ScanTable {
+  unsigned char kind[256] = {};
+  ScanTable() {
+    for (int c = 33; c < 127; ++c) kind[c] = kPlain;
+    for (int c = 0; c < 256; ++c) {
+      if (isBlank(static_cast<char>(c))) kind[c] = kSkippedBlank;
+    }
+    kind[0] = kind[static_cast<unsigned char>('\n')] = kSlow;
+    // Blank handling, comments, directives, literals, continuations, the
+    // keyword rewrites (ending in ')' or 'l') and the list macros.
+    for (const char* p = "(),;-}'\"*:/#\\lZS"; *p; ++p) kind[static_cast<unsigned char>(*p)] = kSlow;
+  }
+};
+const ScanTable kScan;
+
 inline bool endsWith(const char* out, int length, const char* word, int wordLength) {
   return length >= wordLength && std::memcmp(out + length - wordLength, word, static_cast<size_t>(wordLength)) == 0;
 }
@@ -92,7 +112,24 @@ int vnxPreprocessor::colOf(int raw) const {
   return static_cast<int>(_file._columnTable[raw]);
 }
 
+namespace {
+
+// Makes a pass's memo the one conditional directives use while it runs.
+class MemoScope {
+ public:
+  explicit MemoScope(vnxBranchMemo* memo) : _previous(vnxBranchMemo::current()) { vnxBranchMemo::current() = memo; }
+  ~MemoScope() { vnxBranchMemo::current() = _previous; }
+  MemoScope(const MemoScope&) = delete;
+  MemoScope& operator=(const MemoScope&) = delete;
+
+ private:
+  vnxBranchMemo* _previous;
+};
+
+}  // namespace
+
 int vnxPreprocessor::run() {
+  const MemoScope memoScope(&_branchMemo);
   vnxSourceFile& f = _file;
   f._preProcessed = 1;
   if (!f._fileBuffer) return 1;
@@ -119,8 +156,14 @@ int vnxPreprocessor::run() {
   f._rawSize = rawSize;
   f.buildLineAndColumnTables(raw, rawSize);
   setup(raw, rawSize);
+  _branchMemo.setTables(f._lineTable, f._columnTable, rawSize);
+  syncBranchMemo();
 
   for (int i = 0; _work[i] != '\0'; ++i) {
+    if (!_stringMode && !_charMode) {
+      i = copyPlainRun(i);
+      if (_work[i] == '\0') break;
+    }
     if (_regionActive && i - _delta >= _regionPosition + _regionLength) _regionActive = false;
     advanceCursor(i - _delta);
     char c = _work[i];
@@ -239,6 +282,33 @@ void vnxPreprocessor::finish() {
   releaseWork();
 }
 
+// The fast path of the scan loop: copies the run of ordinary characters and
+// blanks from i, doing for each exactly what the loop would, and returns where
+// the loop must take over. The run stops before the next macro occurrence
+// and the end of the current expansion, so that the cursor and the region
+// need no care inside it.
+int vnxPreprocessor::copyPlainRun(int i) {
+  long long limit = _cursorPosition >= 0 ? _cursorPosition : (1LL << 40);
+  if (_regionActive && _regionPosition + _regionLength < limit) limit = _regionPosition + _regionLength;
+  limit += _delta;
+  const char* work = _work;
+  for (; i < limit; ++i) {
+    const char c = work[i];
+    const unsigned char kind = kScan.kind[static_cast<unsigned char>(c)];
+    if (kind == kSlow) break;
+    if (kind == kSkippedBlank) {
+      if (_outLength == 0) continue;
+      const char previous = _out[_outLength - 1];
+      if (isBlank(previous) || dropsBlankAfter(previous)) continue;
+    }
+    // Ten characters back may start "extern": the full loop looks at it.
+    if (_outLength >= 9 && _out[_outLength - 9] == 'e') break;
+    if (kind == kPlain && _firstNonBlank == 0) _firstNonBlank = c;
+    emit(kind == kPlain ? c : ' ', rawPosition(i));
+  }
+  return i;
+}
+
 // --- output ------------------------------------------------------------------
 
 void vnxPreprocessor::growOut(int extra) {
@@ -308,11 +378,16 @@ vnxPreprocessor::Next vnxPreprocessor::tryExpand(int& i) {
   std::memcpy(_work + i, replacement, static_cast<size_t>(length));
   std::free(replacement);
   _workLength += change;
+  // The replacement, and whatever earlier replacement text is still ahead,
+  // is not raw text.
+  if (_rawFrom > i + replaced) _rawFrom += change;
+  else _rawFrom = i + length;
   _regionActive = true;
   _regionPosition = i - _delta;
   _regionLength = replaced;
   _delta += change;
   _headroom -= change;
+  syncBranchMemo();
   return kProceed;
 }
 
@@ -410,6 +485,7 @@ vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
   if (keptEnd > groupEnd) keptEnd = groupEnd;
   for (int k = i; k < keptBegin && k <= groupEnd; ++k) _work[k] = ' ';
   for (int k = keptEnd + 1; k <= groupEnd; ++k) _work[k] = ' ';
+  noteBlankedAhead(keptEnd + 1, groupEnd, i);
 
   // Macro names in the blanked tail are gone; those before the kept text are skipped.
   for (size_t m = _cursor; m < _macros.size(); ++m) {
@@ -421,6 +497,15 @@ vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
   if (_work[i] == '\0') return kStop;
   --i;  // the loop's step brings the scan back to i
   return kContinue;
+}
+
+// Branch ends remembered across the stretch [from, to] of the working text,
+// just blanked ahead of the scan at i, no longer hold. Only raw text holds
+// remembered walks.
+void vnxPreprocessor::noteBlankedAhead(int from, int to, int i) {
+  if (from < _rawFrom) from = _rawFrom;
+  const int scan = i < _rawFrom ? _rawFrom : i;
+  _branchMemo.blanked(from - _delta, to - _delta, scan - _delta);
 }
 
 // --- stream shaping ------------------------------------------------------------------
@@ -444,7 +529,10 @@ void vnxPreprocessor::removeKeywords(int i, char c) {
       if (std::memcmp(p, "extern\"C\"", 9) == 0) {
         if (c == '{') {
           const int close = vnxSyntaxe::SearchEndOfTAPBloc(_work, i, _workLength - 1, 1);
-          if (close > i) _work[close] = ' ';
+          if (close > i) {
+            _work[close] = ' ';
+            noteBlankedAhead(close, close, i);
+          }
           removeOut(o - 10, 10);
         } else {
           removeOut(o - 10, isBlank(c) ? 10 : 9);

@@ -10,6 +10,7 @@
 
 #include <vector>
 
+#include "source/vnxBranchMemo.h"
 #include "source/vnxMacroRegistry.h"
 
 class vnxSourceFile;
@@ -35,6 +36,7 @@ class vnxPreprocessor {
   void setup(const char* raw, int rawSize);
   void finish();
   void releaseWork();
+  void syncBranchMemo() { _branchMemo.setText(_work, _delta, _rawFrom); }
 
   int rawPosition(int i) const { return _regionActive ? _regionPosition : i - _delta; }
   int lineOf(int raw) const;
@@ -49,12 +51,14 @@ class vnxPreprocessor {
   void emit(char c, int raw);
   void removeOut(int from, int count);
 
+  int copyPlainRun(int i);
   void advanceCursor(int rawPos);
   Next tryExpand(int& i);
   bool growWork(int extra);
   Next handleComment(int& i);
   Next handleDirective(int& i);
   Next handleConditionalGroup(int& i);
+  void noteBlankedAhead(int from, int to, int i);
   bool foldNestedBlock();
   void removeKeywords(int i, char c);
   Next handleListMacro(int& i);
@@ -71,6 +75,8 @@ class vnxPreprocessor {
   int _headroom = kGrowth;
   int _growth = kGrowth;
   int _delta = 0;
+  int _rawFrom = 0;  // working positions from here on hold raw text (w - _delta)
+  vnxBranchMemo _branchMemo;
   bool _regionActive = false;
   int _regionPosition = 0;
   int _regionLength = 0;

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "TAFileName.h"
 #include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
@@ -218,6 +219,53 @@ TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
   }
   EXPECT_GT(made, 0);
   EXPECT_EQ(before, Directive::getPoolLiveCount());
+}
+
+// Inside the pass, the branches of nested groups come from what the walk of
+// the enclosing branch saw on its way. Every branch the pass reports must be
+// the one a walk of its own finds in the same text.
+TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
+  std::string deep;
+  for (int k = 0; k < 40; ++k) deep += (k % 3 ? "#ifdef D\n" : "#if 0\nx\n#elif 1\n");
+  deep += "core;\n";
+  for (int k = 0; k < 40; ++k) deep += (k % 2 ? "#else\ny;\n#endif\n" : "#endif\n");
+  const std::vector<std::string> texts = {
+      "#ifndef G\n#define G\n#if A\na;\n#elif B\n#ifdef C\nc;\n#else\nd;\n#endif\n#else\ne;\n#endif\nf;\n#endif\n",
+      "#if 1\n#if 0\n/*\n#else\n*/\n#endif\n#if 1 /* x\n*/ y\n#endif\n#endif\nz;\n",
+      "#if 1\n  # if 0\n s = \"#endif\";\n#else\n t;\n#endif \\\n more\n#endif\n",
+      "extern \"C\" {\n#if 1\n#ifdef X\nint a;\n#endif\n}\n#endif\n",
+      "#if 1\n#if 1\n#if 0\n#endif\n#else\n#endif\nq;\n#elif 0\n#if 1\n#endif\n#endif\n",
+      // A nested group left open inside a kept branch, and one in a dead branch.
+      "#if 1\n#ifdef U\nu;\n#else\nv;\n#endif\nw;\n#if 0\n#ifdef U\n#endif\n#else\nk;\n#endif\n",
+      deep,
+  };
+  StreamCapture quiet;
+  for (const std::string& text : texts) {
+    vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
+    ASSERT_EQ(0, source->preProcess()) << text;
+    ZELListPtr<vnxZELPreproDirective> directives;
+    source->getPreproDirectiveList(directives);
+    int compared = 0;
+    for (int k = 1; k <= directives.Size(); ++k) {
+      if (directives[k]->getPreproType() != vnxZELPreproDirective::Conditional) continue;
+      Directive* inPass = static_cast<Directive*>(directives[k]);
+      Directive* alone = Directive::create(source);
+      ASSERT_EQ(0, alone->build(text.c_str(), inPass->getBeginPosInRawStream(),
+                                static_cast<int>(inPass->getBeginLineInRawStream()),
+                                static_cast<int>(inPass->getBeginColInRawStream()), 0));
+      unsigned int p1, l1, c1, p2, l2, c2;
+      inPass->getBeginTextInRawStream(p1, l1, c1);
+      alone->getBeginTextInRawStream(p2, l2, c2);
+      EXPECT_EQ(place(p2, l2, c2), place(p1, l1, c1)) << text << "directive at " << inPass->getBeginPosInRawStream();
+      inPass->getEndTextInRawStream(p1, l1, c1);
+      alone->getEndTextInRawStream(p2, l2, c2);
+      EXPECT_EQ(place(p2, l2, c2), place(p1, l1, c1)) << text << "directive at " << inPass->getBeginPosInRawStream();
+      alone->Release();
+      ++compared;
+    }
+    EXPECT_GE(compared, 4) << text;
+    source->Release();
+  }
 }
 
 }  // namespace

