@@ -49,20 +49,27 @@ bool badPlace(const char* text, int pos, int line, int col, int outPos) {
 // Walks text from pos to last (inclusive, last >= pos - 1) counting lines and
 // columns from (line, col); answers the place of the last character.
 void placeOfLast(const char* text, int pos, int last, unsigned int& line, unsigned int& col) {
-  if (last < pos) return;
-  for (int k = pos; k < last; ++k) vnxscan::stepPosition(text[k], line, col);
+  if (last <= pos) return;
+  const char* p = text + pos;
+  const char* const stop = text + last;
+  const char* lastNewline = nullptr;
+  while (const void* hit = std::memchr(p, '\n', static_cast<size_t>(stop - p))) {
+    lastNewline = static_cast<const char*>(hit);
+    ++line;
+    p = lastNewline + 1;
+  }
+  if (lastNewline) col = static_cast<unsigned int>(stop - lastNewline);
+  else col += static_cast<unsigned int>(last - pos);
 }
 
 // End of a block comment opened at pos: the first '/' after a '*' that stands
 // more than two characters after pos; the last character before the NUL when
 // there is none.
 int blockCommentEnd(const char* text, int pos) {
-  int k = pos;
-  while (text[k] != '\0') {
-    if (text[k] == '/' && k > pos + 2 && text[k - 1] == '*') return k;
-    ++k;
+  for (const char* p = text + pos; (p = std::strchr(p, '/')) != nullptr; ++p) {
+    if (p - text > pos + 2 && p[-1] == '*') return static_cast<int>(p - text);
   }
-  return k - 1;
+  return pos + static_cast<int>(std::strlen(text + pos)) - 1;
 }
 
 // End of a line comment opened at pos: the character before the first newline

@@ -291,21 +291,36 @@ int vnxPreprocessor::copyPlainRun(int i) {
   long long limit = _cursorPosition >= 0 ? _cursorPosition : (1LL << 40);
   if (_regionActive && _regionPosition + _regionLength < limit) limit = _regionPosition + _regionLength;
   limit += _delta;
-  const char* work = _work;
-  for (; i < limit; ++i) {
+  if (limit > _workLength) limit = _workLength;
+  if (i >= limit) return i;
+  // The run writes at most one character per character read.
+  ensureOut(static_cast<int>(limit) - i + 1);
+  const char* const work = _work;
+  char* const out = _out;
+  int* const map = _map;
+  int length = _outLength;
+  // Inside an expansion every character maps to the macro name's place.
+  const bool inRegion = _regionActive;
+  const int regionRaw = _regionPosition;
+  const int delta = _delta;
+  const int end = static_cast<int>(limit);
+  for (; i < end; ++i) {
     const char c = work[i];
     const unsigned char kind = kScan.kind[static_cast<unsigned char>(c)];
     if (kind == kSlow) break;
     if (kind == kSkippedBlank) {
-      if (_outLength == 0) continue;
-      const char previous = _out[_outLength - 1];
+      if (length == 0) continue;
+      const char previous = out[length - 1];
       if (isBlank(previous) || dropsBlankAfter(previous)) continue;
     }
     // Ten characters back may start "extern": the full loop looks at it.
-    if (_outLength >= 9 && _out[_outLength - 9] == 'e') break;
+    if (length >= 9 && out[length - 9] == 'e') break;
     if (kind == kPlain && _firstNonBlank == 0) _firstNonBlank = c;
-    emit(kind == kPlain ? c : ' ', rawPosition(i));
+    out[length] = kind == kPlain ? c : ' ';
+    map[length] = inRegion ? regionRaw : i - delta;
+    ++length;
   }
+  _outLength = length;
   return i;
 }
 
@@ -327,6 +342,7 @@ void vnxPreprocessor::emit(char c, int raw) {
 
 void vnxPreprocessor::removeOut(int from, int count) {
   if (from < 0 || count <= 0 || from + count > _outLength) return;
+  if (from <= _foldClose) _foldClose = -1;
   const int tail = _outLength - from - count;
   if (tail > 0) {
     std::memmove(_out + from, _out + from + count, static_cast<size_t>(tail));
@@ -511,13 +527,19 @@ void vnxPreprocessor::noteBlankedAhead(int from, int to, int i) {
 // --- stream shaping ------------------------------------------------------------------
 
 // A block whose only content is another block, "{{ ... }}", becomes one block.
+// After a fold the same closing brace matches the brace just before the one
+// blanked (the block between is balanced, and that brace was the reason for
+// the fold), so a run of closing braces folds without searching back through
+// the block once per level.
 bool vnxPreprocessor::foldNestedBlock() {
   int k = _outLength - 1;
   while (k >= 0 && (_out[k] == ';' || isBlank(_out[k]))) --k;
   if (k < 1 || _out[k] != '}') return false;
-  const int open = vnxSyntaxe::SearchBeginOfTAPBloc(_out, k, 0);
+  const int open = k == _foldClose ? _foldOpen - 1 : vnxSyntaxe::SearchBeginOfTAPBloc(_out, k, 0);
   if (open <= 0 || _out[open] != '{' || _out[open - 1] != '{') return false;
   _out[open] = ' ';
+  _foldClose = k;
+  _foldOpen = open;
   return true;
 }
 

@@ -75,6 +75,8 @@ class vnxPreprocessor {
   int _headroom = kGrowth;
   int _growth = kGrowth;
   int _delta = 0;
+  int _foldClose = -1;  // the closing brace of the last fold in the output, and
+  int _foldOpen = -1;   // the opening brace it blanked
   int _rawFrom = 0;  // working positions from here on hold raw text (w - _delta)
   vnxBranchMemo _branchMemo;
   bool _regionActive = false;

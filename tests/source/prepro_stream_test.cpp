@@ -71,6 +71,10 @@ TEST(PreproStream, TheStreamIsTheCodeSqueezedWithNoiseCommentsDirectivesAndDeadB
       {"SEQUENCE(a,b) stays;", "SEQUENCE(a,b)stays;"},
       {"MYSEQUENCE(a) x;", "MYSEQUENCE(a)x;"},
       {"f() {{ x; }}", "f(){ x;}"},
+      {"{{ {{x;}} }}", "{   x;}"},
+      {"{{x;}}}}", "{ x;}}}"},
+      {"{ {{x;}} y;}", "{{ x;}y;}"},
+      {"{{{x;}\"}\"}}", "{ {x;}\"}\"}"},
       {"{a;} {b;}", "{a;}{b;}"},
       // Comments leave no trace and the text on both sides joins.
       {"a/*c*/b", "ab"},
