@@ -2,7 +2,8 @@
 // of a file's text into its replacement (tokens joined by blanks, arguments
 // substituted, '#' and '##' applied, registered macros inside expanded in
 // turn; a macro never expands inside itself). It changes no text and bounds
-// every expansion (depth, passes, size). It copies the macro registry when
+// every expansion (depth, passes, size), and the work of failed expansions
+// over its life (one per preprocessing pass). It copies the macro registry when
 // made and borrows the source file, which must outlive it.
 #ifndef VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
 #define VNX_DEFINE_PREPRO_DIRECTIVE_EXPANDER_H
@@ -24,7 +25,14 @@ class VNX_EXPORT vnxDefinePreproDirectiveExpander {
     kMaxDepth = 64,                     // macros expanded inside one another
     kMaxArgumentPasses = 16,            // re-expansion passes over one argument
     kMaxOutputSize = 16 * 1024 * 1024,  // characters of any replacement
-    kMaxWork = 64 * 1024 * 1024         // characters produced in all, nested levels included
+    kMaxWork = 64 * 1024 * 1024,        // characters produced in all, nested levels included
+    // Once expansions that failed have spent this much work, each later one
+    // may spend only kReducedWork: a text calling a runaway macro many times
+    // (its calls nested in one another's arguments fail one after the other)
+    // costs a bounded amount, while one runaway call leaves the next
+    // expansions their whole bound.
+    kMaxFailedWork = 64 * 1024 * 1024,
+    kReducedWork = 64 * 1024
   };
 
   explicit vnxDefinePreproDirectiveExpander(vnxSourceFile* source);
@@ -68,6 +76,8 @@ class VNX_EXPORT vnxDefinePreproDirectiveExpander {
   size_t _longestName = 0;
   std::string _nameScratch;
   long long _work = 0;
+  long long _workLimit = kMaxWork;
+  long long _failedWork = 0;  // spent by the expansions that failed, over this expander's life
 };
 
 #endif

@@ -129,9 +129,13 @@ int vnxDefinePreproDirectiveExpander::expand(const char* text, char*& replacemen
   replacedLength = 0;
   if (!text || !_source) return 1;
   _work = 0;
+  _workLimit = _failedWork >= kMaxFailedWork ? kReducedWork : kMaxWork;
   std::string out;
   int length = 0;
-  if (expandLocal(text, 0, out, length) != kExpanded) return 1;
+  if (expandLocal(text, 0, out, length) != kExpanded) {
+    _failedWork += _work;
+    return 1;
+  }
   char* copy = static_cast<char*>(std::malloc(out.size() + 1));
   if (!copy) return 1;
   std::memcpy(copy, out.c_str(), out.size() + 1);
@@ -155,7 +159,7 @@ void vnxDefinePreproDirectiveExpander::setActive(int position, bool active) {
 
 bool vnxDefinePreproDirectiveExpander::append(std::string& out, const char* text, size_t length) {
   _work += static_cast<long long>(length);
-  if (_work > kMaxWork || out.size() + length > static_cast<size_t>(kMaxOutputSize)) return false;
+  if (_work > _workLimit || out.size() + length > static_cast<size_t>(kMaxOutputSize)) return false;
   out.append(text, length);
   return true;
 }

@@ -221,4 +221,35 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
   EXPECT_EQ("EXP_DEEP80 ", expandAt(expander, "EXP_DEEP75").replacement);
 }
 
+// Expansions that fail on their bounds spend work; past a total, every later
+// expansion gets a small bound, so a file full of runaway calls stays cheap,
+// while ordinary macros keep expanding.
+TEST(Expander, FailedExpansionsPastTheirTotalLeaveLaterOnesASmallBound) {
+  std::vector<std::string> defines;
+  std::vector<std::string> names;
+  for (int k = 0; k < 40; ++k) {
+    defines.push_back("#define EXP_WIDE" + std::to_string(k) + " EXP_WIDE" + std::to_string(k + 1) + " EXP_WIDE" +
+                      std::to_string(k + 1));
+    names.push_back("EXP_WIDE" + std::to_string(k));
+  }
+  defines.push_back("#define EXP_SMALL (1 + 2)");
+  names.push_back("EXP_SMALL");
+  std::vector<const char*> registered;
+  for (const std::string& name : names) registered.push_back(name.c_str());
+  MacroFile macros(defines, registered);
+  vnxDefinePreproDirectiveExpander expander(macros.file.source);
+
+  // 2^18 copies of a name: far past the reduced bound, within the whole one.
+  const std::string wide = "EXP_WIDE22";
+  EXPECT_EQ(0, expandAt(expander, wide).status);
+  int failures = 0;
+  while (failures < 8 && expandAt(expander, wide).status == 0) {
+    EXPECT_NE(0, expandAt(expander, "EXP_WIDE0").status);
+    ++failures;
+  }
+  EXPECT_EQ(1, failures);  // one runaway call spends the total
+  EXPECT_NE(0, expandAt(expander, wide).status);
+  EXPECT_EQ("( 1 + 2 ) ", expandAt(expander, "EXP_SMALL").replacement);
+}
+
 }  // namespace
