@@ -38,9 +38,11 @@ void BM_PreprocessCorpus(benchmark::State& state) {
 }
 BENCHMARK(BM_PreprocessCorpus)->Unit(benchmark::kMillisecond);
 
-std::string syntheticText() {
+// blocks of declarations, each with two expansions, a conditional group,
+// comments, an extern "C" block and a list macro.
+std::string syntheticText(int blocks) {
   std::string text;
-  for (int i = 0; i < 4000; ++i) {
+  for (int i = 0; i < blocks; ++i) {
     const std::string n = std::to_string(i);
     text += "/**\n * Block comment " + n + " describing the next declaration.\n * @owner team" + n + "\n */\n";
     text += "#ifdef FEATURE_" + n + "\nint feature" + n + "(int a, int b);   // trailing comment\n#else\n";
@@ -54,7 +56,7 @@ std::string syntheticText() {
 void BM_PreprocessSynthetic(benchmark::State& state) {
   vnxSourceFile::addMacroToExpand("BENCH_ONE");
   vnxSourceFile::addMacroToExpand("BENCH_SQUARE");
-  const std::string text = syntheticText();
+  const std::string text = syntheticText(static_cast<int>(state.range(0)));
   Silence silence;
   for (auto _ : state) {
     vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName("synthetic.h"));
@@ -63,6 +65,8 @@ void BM_PreprocessSynthetic(benchmark::State& state) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(text.size()));
 }
-BENCHMARK(BM_PreprocessSynthetic)->Unit(benchmark::kMillisecond);
+// Bytes per second must not fall as the text grows: each expansion's cost
+// may not depend on how much text follows it.
+BENCHMARK(BM_PreprocessSynthetic)->Arg(1000)->Arg(4000)->Arg(16000)->Unit(benchmark::kMillisecond);
 
 }  // namespace

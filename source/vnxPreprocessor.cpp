@@ -1,5 +1,6 @@
 #include "source/vnxPreprocessor.h"
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -94,7 +95,8 @@ void vnxPreprocessor::releaseWork() {
   _parser = nullptr;
   delete _expander;
   _expander = nullptr;
-  std::free(_work);
+  std::free(_buffer);
+  _buffer = nullptr;
   _work = nullptr;
   std::free(_out);
   _out = nullptr;
@@ -246,8 +248,9 @@ int vnxPreprocessor::run() {
 }
 
 void vnxPreprocessor::setup(const char* raw, int rawSize) {
-  _workCapacity = rawSize + kGrowth + 1;
-  _work = static_cast<char*>(std::calloc(static_cast<size_t>(_workCapacity), 1));
+  _workRoom = kGrowth;
+  _buffer = static_cast<char*>(std::calloc(static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1, 1));
+  _work = _buffer + _workRoom;
   std::memcpy(_work, raw, static_cast<size_t>(rawSize));
   _workLength = rawSize;
   _outCapacity = rawSize + kGrowth + 1;
@@ -327,10 +330,14 @@ int vnxPreprocessor::copyPlainRun(int i) {
 // --- output ------------------------------------------------------------------
 
 void vnxPreprocessor::growOut(int extra) {
-  const int capacity = _outLength + extra + kGrowth + 1;
-  _out = grow(_out, _outLength, capacity);
-  _map = grow(_map, _outLength, capacity);
-  _outCapacity = capacity;
+  // Geometric growth: a text that many expansions lengthen is copied a
+  // bounded number of times.
+  long long capacity = static_cast<long long>(_outLength) + extra + kGrowth + 1;
+  if (capacity < _outCapacity + _outCapacity / 2LL) capacity = _outCapacity + _outCapacity / 2LL;
+  if (capacity > INT_MAX) capacity = INT_MAX;
+  _out = grow(_out, _outLength, static_cast<int>(capacity));
+  _map = grow(_map, _outLength, static_cast<int>(capacity));
+  _outCapacity = static_cast<int>(capacity);
 }
 
 void vnxPreprocessor::emit(char c, int raw) {
@@ -358,19 +365,38 @@ void vnxPreprocessor::advanceCursor(int rawPos) {
   _cursorPosition = _cursor < _macros.size() ? _macros[_cursor].position : -1;
 }
 
-bool vnxPreprocessor::growWork(int extra) {
-  // Growing in steps of kGrowth keeps the number of copies low for files
-  // with many expansions.
-  while (extra >= _headroom) {
-    const int newCapacity = _workCapacity + kGrowth;
-    char* work = grow(_work, _workCapacity, newCapacity);
-    if (!work) return false;
+// Puts the replacement of the text at [i, i + replaced) in place. The text
+// after it never moves: the start of the working text moves instead, by as
+// much as the text grows, into the room kept before it. The text before i
+// has been read and is never read again, except for its last characters
+// (a literal's opening quote, a backslash before a directive), which are
+// copied along. When the room runs out, a buffer with twice the room takes
+// the text from i - kLookBehind on.
+bool vnxPreprocessor::replaceWork(int i, int replaced, const char* replacement, int length) {
+  const int change = length - replaced;
+  const int keep = i < kLookBehind ? i : kLookBehind;
+  if (change <= _work - _buffer) {
+    char* const work = _work - change;
+    std::memmove(work + i - keep, _work + i - keep, static_cast<size_t>(keep));
+    std::memcpy(work + i, replacement, static_cast<size_t>(length));
     _work = work;
-    _workCapacity = newCapacity;
-    _headroom += kGrowth;
-    _growth += kGrowth;
+  } else {
+    const long long room = 2LL * (static_cast<long long>(_workRoom) + change);
+    const long long size = room + static_cast<long long>(_workLength) + change + 1;
+    if (size > INT_MAX) return false;
+    char* const buffer = static_cast<char*>(std::malloc(static_cast<size_t>(size)));
+    if (!buffer) return false;
+    char* const work = buffer + room;
+    std::memcpy(work + i - keep, _work + i - keep, static_cast<size_t>(keep));
+    std::memcpy(work + i, replacement, static_cast<size_t>(length));
+    std::memcpy(work + i + length, _work + i + replaced, static_cast<size_t>(_workLength - i - replaced) + 1);
+    std::free(_buffer);
+    _buffer = buffer;
+    _work = work;
+    _workRoom = static_cast<int>(room);
   }
-  ensureOut(_workLength + extra - _outLength + 1);
+  _workLength += change;
+  ensureOut(_workLength - _outLength + 1);
   return true;
 }
 
@@ -386,14 +412,9 @@ vnxPreprocessor::Next vnxPreprocessor::tryExpand(int& i) {
   }
   const int length = static_cast<int>(std::strlen(replacement));
   const int change = length - replaced;
-  if (!growWork(change)) {
-    std::free(replacement);
-    return kFail;
-  }
-  std::memmove(_work + i + length, _work + i + replaced, static_cast<size_t>(_workLength - i - replaced) + 1);
-  std::memcpy(_work + i, replacement, static_cast<size_t>(length));
+  const bool placed = replaceWork(i, replaced, replacement, length);
   std::free(replacement);
-  _workLength += change;
+  if (!placed) return kFail;
   // The replacement, and whatever earlier replacement text is still ahead,
   // is not raw text.
   if (_rawFrom > i + replaced) _rawFrom += change;
@@ -402,7 +423,6 @@ vnxPreprocessor::Next vnxPreprocessor::tryExpand(int& i) {
   _regionPosition = i - _delta;
   _regionLength = replaced;
   _delta += change;
-  _headroom -= change;
   syncBranchMemo();
   return kProceed;
 }

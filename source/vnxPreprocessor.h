@@ -28,7 +28,9 @@ class vnxPreprocessor {
   int run();
 
  private:
-  enum { kGrowth = 8192, kListMacroWindow = 1024 };
+  // kLookBehind: how far before the scan position the working text is still
+  // read (a literal's opening quote, the character before a directive).
+  enum { kGrowth = 8192, kListMacroWindow = 1024, kLookBehind = 64 };
 
   // What the handlers tell the scan loop.
   enum Next { kContinue, kProceed, kStop, kFail };
@@ -54,7 +56,7 @@ class vnxPreprocessor {
   int copyPlainRun(int i);
   void advanceCursor(int rawPos);
   Next tryExpand(int& i);
-  bool growWork(int extra);
+  bool replaceWork(int i, int replaced, const char* replacement, int length);
   Next handleComment(int& i);
   Next handleDirective(int& i);
   Next handleConditionalGroup(int& i);
@@ -65,15 +67,17 @@ class vnxPreprocessor {
   void removeTrailingExtern();
 
   vnxSourceFile& _file;
+  // The working copy: _work[k] is its character k, for k from the scan
+  // position less kLookBehind to its NUL; it lies in _buffer, after _workRoom
+  // bytes kept for growth.
+  char* _buffer = nullptr;
   char* _work = nullptr;
-  int _workLength = 0;    // characters before the working copy's NUL
-  int _workCapacity = 0;  // bytes allocated for the working copy
+  int _workLength = 0;  // characters before the working copy's NUL
+  int _workRoom = 0;
   char* _out = nullptr;
   int* _map = nullptr;
   int _outLength = 0;
   int _outCapacity = 0;
-  int _headroom = kGrowth;
-  int _growth = kGrowth;
   int _delta = 0;
   int _foldClose = -1;  // the closing brace of the last fold in the output, and
   int _foldOpen = -1;   // the opening brace it blanked
