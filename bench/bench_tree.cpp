@@ -1,7 +1,9 @@
-// Preprocessing plus tree building over the header corpus, and sibling walks
-// over a root with 100 000 top-level instructions.
+// Preprocessing plus tree building over the header corpus, tree building and
+// release alone, and sibling walks over a root with 100 000 top-level
+// instructions.
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -63,6 +65,49 @@ void BM_PreprocessAndBuildCorpus(benchmark::State& state) {
   state.counters["files"] = static_cast<double>(files.size());
 }
 BENCHMARK(BM_PreprocessAndBuildCorpus)->Unit(benchmark::kMillisecond);
+
+// Tree building and release alone, over sources preprocessed once beforehand
+// (bytes are those of the preprocessed streams); the build_ms and release_ms
+// counters split one pass over the corpus between the two.
+void BM_BuildAndReleaseTrees(benchmark::State& state) {
+  const auto& files = benchCorpus();
+  if (files.empty()) {
+    state.SkipWithError("no corpus: run bench/corpora.sh or set VNX_BENCH_LIST");
+    return;
+  }
+  Silence silence;
+  std::vector<vnxSourceFile*> sources;
+  for (const BenchFile& f : files) {
+    vnxSourceFile* source = new vnxSourceFile(f.text.c_str(), nullptr, TAFileName(f.name.c_str()));
+    if (source->preProcess() == 0) sources.push_back(source);
+    else source->Release();
+  }
+  typedef std::chrono::steady_clock Clock;
+  double buildSeconds = 0, releaseSeconds = 0;
+  for (auto _ : state) {
+    for (vnxSourceFile* source : sources) {
+      const Clock::time_point start = Clock::now();
+      vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(1, source, 0, source->GetSize(), 1);
+      if (!root) continue;
+      root->Build(0);
+      const Clock::time_point built = Clock::now();
+      root->Release();
+      const Clock::time_point released = Clock::now();
+      buildSeconds += std::chrono::duration<double>(built - start).count();
+      releaseSeconds += std::chrono::duration<double>(released - built).count();
+    }
+  }
+  long long bytes = 0;
+  for (vnxSourceFile* source : sources) {
+    bytes += source->GetSize();
+    source->Release();
+  }
+  const double passes = static_cast<double>(state.iterations());
+  state.SetBytesProcessed(static_cast<int64_t>(passes * static_cast<double>(bytes)));
+  state.counters["build_ms"] = buildSeconds * 1000 / passes;
+  state.counters["release_ms"] = releaseSeconds * 1000 / passes;
+}
+BENCHMARK(BM_BuildAndReleaseTrees)->Unit(benchmark::kMillisecond);
 
 void BM_SiblingWalkOverWideRoot(benchmark::State& state) {
   std::string text;

@@ -63,6 +63,11 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   // hands nextPos down to its left operand, which then splits there without
   // scanning its whole text again. A prefix chain !!!a or ----b hands down
   // `leading`: an operator of the same level opening the operand is its split.
+  // A chain of texts without operators, each the left operand of the one
+  // before ("dc" peels off the last word, "mt" the arguments, "in" the
+  // index), hands down `words`: what one scan of the longest text saw, from
+  // which each shorter one reads its own split and shape.
+  struct WordChain;
   struct Split {
     int pos = -1;
     int length = 0;
@@ -70,9 +75,10 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
     int nextPos = -1;
     int nextLength = 0;
     bool leading = false;
+    const WordChain* words = nullptr;
   };
 
-  vnxExpression() = default;
+  vnxExpression() {}  // not defaulted: see vnxSyntaxe()
   ~vnxExpression() override = default;
 
   // The split of [begin, end): the full right-to-left scan. 0, or -1 when a
@@ -90,8 +96,15 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   // left, -1 (ErrMsg set) when the parentheses nest too deep.
   int narrow(const char* s);
   int buildOperands(const char* s, const Split& split);
-  int buildWithoutOperator(const char* s);
-  int buildCall(const char* marker, int open, int close);
+  // words: the chain this text belongs to, when it holds for the text.
+  int buildWithoutOperator(const char* s, const WordChain* words);
+  // The right-to-left scan of [begin, end) as the chain needs it, and
+  // whether the chain answers for the text [begin, end) (both defined with
+  // the operator search).
+  static void walkWordChain(const char* s, int begin, int end, WordChain& chain);
+  static bool wordChainHolds(const WordChain& chain, const char* s, int begin, int end);
+  // calleeHint: the hint for the callee, the text before open.
+  int buildCall(const char* marker, int open, int close, const Split* calleeHint = nullptr);
   // A child over [from, to): an expression built with hint, or a SyntaxeNULL
   // when the text is empty (size 0) or a lone ';' (size 1).
   int addOperand(int from, int to, const Split* hint);

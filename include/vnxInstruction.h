@@ -70,7 +70,7 @@ class VNX_EXPORT vnxInstruction : public vnxSyntaxe {
   template <class T, int kSlots>
   friend class TAPool;
 
-  vnxInstruction() = default;
+  vnxInstruction() {}  // not defaulted: see vnxSyntaxe()
   ~vnxInstruction() override = default;
 
   // The instruction's text as Build reads it: [begin, end) without outer

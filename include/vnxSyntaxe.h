@@ -87,8 +87,8 @@ class VNX_EXPORT vnxSyntaxe {
   void AddRef() { ++_refCount; }
   int GetRefCount() const { return _refCount; }
   // Child i, 1-based; null (and " vnxSyntaxe:Child Bad Index" on wbStderr)
-  // outside 1..ChildCount().
-  vnxSyntaxe* Child(int i);
+  // outside 1..ChildCount(). Inline: tree walks call it for every node.
+  vnxSyntaxe* Child(int i) { return i >= 1 && i <= _childCount ? childAt(i) : badChildIndex(); }
   int ChildCount() const { return _childCount; }
   vnxSyntaxe* GetParent() const { return _father; }
   int GetPosInFather() const { return _posInFather; }
@@ -238,7 +238,9 @@ class VNX_EXPORT vnxSyntaxe {
   static int GetPoolBlockCount();
 
  protected:
-  vnxSyntaxe() = default;  // pool slots only
+  // Pool slots only. Written out (not defaulted) so that a pool's T() sets
+  // the fields from their initialisers alone, without zeroing the slot first.
+  vnxSyntaxe() {}
   virtual ~vnxSyntaxe() = default;
 
   // Places a freshly pooled node: type, begin, size (negative -> 0), position
@@ -248,8 +250,9 @@ class VNX_EXPORT vnxSyntaxe {
   void create(int type, vnxSyntaxe* father, int begin, int size, int posInFather);
   // Holds child (refCount + 1) as the next child. Null is ignored.
   void Append(vnxSyntaxe* child);
-  // Drops what the node holds: source reference, content cache, children (one
-  // Release each), child array, sibling memos. Subclasses extend it for their
+  // Drops what the node holds: source reference, content cache, children
+  // (queued to the release under way, which drops their holds), child array,
+  // sibling memos. Runs only inside Release. Subclasses extend it for their
   // own fields and call this one.
   virtual void Reset();
   // Gives this dead node back to the pool it came from (it is destroyed there).
@@ -286,7 +289,12 @@ class VNX_EXPORT vnxSyntaxe {
   friend struct vnxSyntaxeAccess;  // the library's own helpers
 
   // Child i (1..childCount), unchecked.
-  vnxSyntaxe* childAt(int i) const { return _childArray ? _childArray[i - 1] : _firstChildren[i - 1]; }
+  vnxSyntaxe* childAt(int i) const {
+    vnxSyntaxe* const* children = _childArray ? _childArray : _firstChildren;
+    return children[i - 1];
+  }
+  // Reports a Child index out of range; null.
+  static vnxSyntaxe* badChildIndex();
 };
 
 // Dump indentation, one process-wide string: a pointer to it; a copy before

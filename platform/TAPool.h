@@ -3,10 +3,11 @@
 // Bump allocation: a block hands out each slot once, in order; a released slot
 // is destroyed but never reused. A block is recycled as a whole when every
 // slot it handed out has been released, which keeps allocation cheap and
-// release O(1). One recycled block is kept aside for the next allocation:
+// release O(1). A few recycled blocks are kept aside for the next allocations:
 // blocks are large enough to be mapped and unmapped by the allocator, and a
-// tree built and released per file would otherwise pay for that every time. Each object records the block it came from (the caller stores
-// the pointer getNew gives back) and passes it to release.
+// tree built and released per file would otherwise pay for that every time.
+// Each object records the block it came from (the caller stores the pointer
+// getNew gives back) and passes it to release.
 //
 // Pools are process-wide and unguarded: one thread only.
 #ifndef TA_POOL_H
@@ -35,8 +36,12 @@ class TAPool {
   T* getNew(void** block, Args&&... args) {
     if (!_last || _last->nextSlot >= kSlots) {
       Block* b = _spare;
-      _spare = nullptr;
-      if (!b) b = static_cast<Block*>(::operator new(sizeof(Block), std::nothrow));
+      if (b) {
+        _spare = b->next;
+        --_spareCount;
+      } else {
+        b = static_cast<Block*>(::operator new(sizeof(Block), std::nothrow));
+      }
       if (!b) return nullptr;
       b->freeCount = kSlots;
       b->nextSlot = 0;
@@ -72,8 +77,13 @@ class TAPool {
     if (b->next) b->next->prev = b->prev;
     else _last = b->prev;
     --_blocks;
-    if (_spare) ::operator delete(b);
-    else _spare = b;
+    if (_spareCount >= kMaxSpares) {
+      ::operator delete(b);
+      return;
+    }
+    b->next = _spare;
+    _spare = b;
+    ++_spareCount;
   }
 
   int liveCount() const { return _live; }
@@ -83,7 +93,12 @@ class TAPool {
  private:
   Block* _first = nullptr;
   Block* _last = nullptr;
-  Block* _spare = nullptr;  // an emptied block kept for reuse
+  // Emptied blocks kept for reuse, linked through next: a tree is built and
+  // released per file, and fresh blocks would cost the allocator and the
+  // kernel their pages each time. Bounded, so memory stays flat.
+  static constexpr int kMaxSpares = 32;
+  Block* _spare = nullptr;
+  int _spareCount = 0;
   int _live = 0;
   int _blocks = 0;
 };

@@ -1,13 +1,26 @@
 // The argument-list builder: the text between a call's parentheses, cut at its
 // top-level commas into one expression per argument under an "Arguments" node.
 #include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 #include "vnxInstruction.h"
 #include "vnxSourceFile.h"
 
 namespace {
 
-inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
+
+// The characters the walk over the arguments looks at; it steps over others.
+struct ArgumentStops {
+  bool of[256] = {};
+  ArgumentStops() {
+    for (const char c : {'"', '\'', '(', '[', ',', ';'}) of[static_cast<unsigned char>(c)] = true;
+  }
+};
+
+const ArgumentStops kArgumentStops;
+
+inline bool stopsArguments(char c) { return kArgumentStops.of[static_cast<unsigned char>(c)]; }
 
 int failWith(const char* message) {
   vnxSyntaxe::ErrMsg = message;
@@ -24,7 +37,7 @@ int addArgument(vnxSyntaxe* arguments, const char* s, int from, int to) {
   if (!child) return 0;
   vnxSyntaxeAccess::append(arguments, child);
   const int status = to == from ? 0 : child->Build(0);
-  child->Release();
+  vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
@@ -48,6 +61,7 @@ int vnxInstruction::BuildListOfArgs(vnxSyntaxe* arguments) {
 
   int from = begin;
   for (int i = begin; i < end; ++i) {
+    if (!stopsArguments(s[i])) continue;
     switch (s[i]) {
       case '"':
         i = SearchEndOfString(s, i, end - 1);

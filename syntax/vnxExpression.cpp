@@ -4,9 +4,14 @@
 // cast, a call, an index, a declaration of several words or a single word.
 #include "vnxExpression.h"
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "platform/TAPool.h"
+#include "syntax/vnxExpressionWords.h"
+#include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxTreeCharClass.h"
 #include "vnxInstruction.h"
 #include "vnxSourceFile.h"
 
@@ -17,8 +22,8 @@ TAPool<vnxExpression>& expressionPool() {
   return pool;
 }
 
-inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-inline bool isWordChar(char c) { return vnxSyntaxe::isAlphaNumOrUnderScoreChar(c) != 0; }
+inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
+inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
 
 bool startsWith(const char* s, int pos, int end, const char* word) {
   if (pos >= end || s[pos] != word[0]) return false;
@@ -77,9 +82,11 @@ int closingOf(const char* s, int i, int last) {
 // Walks [begin, last] once; 0, or 1 with ErrMsg set for a literal, a
 // parenthesis or a bracket that is not closed (or closed without being
 // opened). Braces are taken as groups when they match and ignored otherwise.
-int readShape(const char* s, int begin, int last, Shape& shape) {
+// When trace is given, every blank and group is kept in it too.
+int readShape(const char* s, int begin, int last, Shape& shape, vnxwords::ShapeTrace* trace = nullptr) {
   for (int i = begin; i <= last; ++i) {
     const char c = s[i];
+    if (!vnxtreechar::isBlankOrGroup(c)) continue;
     switch (c) {
       case '"':
         i = vnxSyntaxe::SearchEndOfString(s, i, last);
@@ -100,6 +107,7 @@ int readShape(const char* s, int begin, int last, Shape& shape) {
         shape.groupKind = c;
         shape.groupOpen = i;
         shape.groupClose = close;
+        if (trace) trace->groups.push_back(vnxwords::Group{c, i, close});
         i = close;
         break;
       }
@@ -116,12 +124,43 @@ int readShape(const char* s, int begin, int last, Shape& shape) {
       default:
         if (!isBlank(c)) break;
         shape.lastBlank = i;
-        if (i < last && isWordChar(s[i + 1])) shape.lastBlankBeforeWord = i;
+        if (trace) trace->blanks.push_back(i);
+        if (i < last && isWordChar(s[i + 1])) {
+          shape.lastBlankBeforeWord = i;
+          if (trace) trace->blanksBeforeWord.push_back(i);
+        }
         break;
     }
   }
   return 0;
 }
+
+// The shape of [begin, end), a shorter text of chain (wordChainHolds): what
+// the chain's shape scan had seen when it reached end.
+void shapeFromChain(const vnxwords::ShapeTrace& trace, int chainColon, int chainBlankBeforeColon, int end,
+                    Shape& shape) {
+  const auto before = [end](const std::vector<int>& offsets) {
+    const auto it = std::lower_bound(offsets.begin(), offsets.end(), end);
+    return it == offsets.begin() ? -1 : *std::prev(it);
+  };
+  shape.lastBlank = before(trace.blanks);
+  shape.lastBlankBeforeWord = before(trace.blanksBeforeWord);
+  if (chainColon >= 0 && chainColon < end) {
+    shape.colon = chainColon;
+    shape.blankBeforeColon = chainBlankBeforeColon;
+  }
+  const auto group = std::lower_bound(trace.groups.begin(), trace.groups.end(), end,
+                                      [](const vnxwords::Group& g, int at) { return g.close < at; });
+  if (group != trace.groups.begin()) {
+    const vnxwords::Group& last = *std::prev(group);
+    shape.groupKind = last.kind;
+    shape.groupOpen = last.open;
+    shape.groupClose = last.close;
+  }
+}
+
+// Below this length a chain of "dc" is cheap enough scanned level by level.
+constexpr int kWordChainMinLength = 256;
 
 }  // namespace
 
@@ -163,6 +202,16 @@ int vnxExpression::buildWith(const Split* hint) {
   const int begin = _begin;
   const int end = _begin + _size;
 
+  // A single word, by far the most common text, holds no operator, no
+  // bracket and no blank: every rule below ends at "id".
+  int wordEnd = begin;
+  while (wordEnd < end && isWordChar(s[wordEnd])) ++wordEnd;
+  if (wordEnd == end) {
+    setOperator("id", 2);
+    addLeaf(kTAPIdentifiant, begin, _size);
+    return 0;
+  }
+
   if (_size > 4 && (startsWith(s, begin, end, "new ") || startsWith(s, begin, end, "new("))) {
     setOperator("nw", 2);
     return addOperand(begin + (s[begin + 3] == ' ' ? 4 : 3), end, nullptr);
@@ -172,12 +221,14 @@ int vnxExpression::buildWith(const Split* hint) {
     return 0;
   }
   Split split;
+  // In a chain of words the chain's scan answers: no operator here either.
+  const WordChain* words = hint && hint->words && wordChainHolds(*hint->words, s, begin, end) ? hint->words : nullptr;
   const bool leading = hint && hint->leading && leadingSplit(s, begin, end, *hint, split);
-  if (!leading) {
+  if (!leading && !words) {
     if (hint && hint->nextPos >= begin && hint->nextPos < end) chainSplit(s, begin, *hint, split);
     else findSplit(s, begin, end, split);
   }
-  return split.pos >= 0 ? buildOperands(s, split) : buildWithoutOperator(s);
+  return split.pos >= 0 ? buildOperands(s, split) : buildWithoutOperator(s, words);
 }
 
 int vnxExpression::narrow(const char* s) {
@@ -227,7 +278,7 @@ int vnxExpression::buildOperands(const char* s, const Split& split) {
   return addOperand(after, end, nullptr);
 }
 
-int vnxExpression::buildWithoutOperator(const char* s) {
+int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
   const int begin = _begin;
   const int end = _begin + _size;
   const int last = end - 1;
@@ -253,11 +304,29 @@ int vnxExpression::buildWithoutOperator(const char* s) {
   }
 
   Shape shape;
-  if (readShape(s, begin, last, shape)) return 1;
-  if (shape.groupClose == last && shape.groupKind == '(') return buildCall("mt", shape.groupOpen, last);
+  if (words) shapeFromChain(words->shape, words->colon, words->blankBeforeColon, end, shape);
+  else if (readShape(s, begin, last, shape)) return 1;
+  // The left operand of "mt", "in" and "dc" is this text cut short: it and
+  // its own left operands read their scans from one record of this text's.
+  Split chained;
+  WordChain chain;
+  const auto prefixHint = [&]() -> const Split* {
+    if (words) {
+      chained.words = words;
+    } else if (_size >= kWordChainMinLength) {
+      Shape traced;
+      walkWordChain(s, begin, end, chain);
+      readShape(s, begin, last, traced, &chain.shape);
+      chain.colon = traced.colon;
+      chain.blankBeforeColon = traced.blankBeforeColon;
+      chained.words = &chain;
+    }
+    return chained.words ? &chained : nullptr;
+  };
+  if (shape.groupClose == last && shape.groupKind == '(') return buildCall("mt", shape.groupOpen, last, prefixHint());
   if (shape.groupClose == last && shape.groupKind == '[') {
     setOperator("in", 2);
-    if (addOperand(begin, shape.groupOpen, nullptr)) return 1;
+    if (addOperand(begin, shape.groupOpen, prefixHint())) return 1;
     return addOperand(shape.groupOpen + 1, last, nullptr);
   }
   // Words without an operator: a type part and the declared name after the
@@ -266,7 +335,7 @@ int vnxExpression::buildWithoutOperator(const char* s) {
   const int blank = shape.colon >= 0 && shape.blankBeforeColon >= 0 ? shape.blankBeforeColon : shape.lastBlank;
   if (blank >= 0) {
     setOperator("dc", 2);
-    if (addOperand(begin, blank, nullptr)) return 1;
+    if (addOperand(begin, blank, prefixHint())) return 1;
     return addOperand(blank + 1, end, nullptr);
   }
   setOperator("id", 2);
@@ -274,14 +343,14 @@ int vnxExpression::buildWithoutOperator(const char* s) {
   return 0;
 }
 
-int vnxExpression::buildCall(const char* marker, int open, int close) {
+int vnxExpression::buildCall(const char* marker, int open, int close, const Split* calleeHint) {
   setOperator(marker, 2);
-  if (addOperand(_begin, open, nullptr)) return 1;
+  if (addOperand(_begin, open, calleeHint)) return 1;
   vnxSyntaxe* arguments = CreateTAPSyntaxe(kArguments, this, open + 1, close - open - 1, _childCount + 1);
   if (!arguments) return 0;
-  Append(arguments);
+  vnxSyntaxeAccess::append(this, arguments);
   const int status = vnxInstruction::BuildListOfArgs(arguments);
-  arguments->Release();
+  vnxSyntaxeAccess::dropBuilderHold(arguments);
   return status;
 }
 
@@ -295,20 +364,23 @@ int vnxExpression::addOperand(int from, int to, const Split* hint) {
   }
   vnxExpression* child = CreateTAPExpression(this, from, to - from, _childCount + 1);
   if (!child) return 0;
-  Append(child);
+  vnxSyntaxeAccess::append(this, child);
   const int status = child->buildWith(hint);
-  child->Release();
+  vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
 void vnxExpression::addLeaf(int type, int begin, int size) {
   vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
   if (!leaf) return;
-  Append(leaf);
-  leaf->Release();
+  vnxSyntaxeAccess::append(this, leaf);
+  vnxSyntaxeAccess::dropBuilderHold(leaf);
 }
 
 void vnxExpression::setOperator(const char* text, int length) {
-  std::memset(_operator, 0, sizeof(_operator));
-  std::strncpy(_operator, text, static_cast<size_t>(length < 3 ? length : 3));
+  // strncpy's rule: at most three characters, stopping at a NUL, zero-padded.
+  char op[4] = {0, 0, 0, 0};
+  const int n = length < 3 ? length : 3;
+  for (int i = 0; i < n && text[i]; ++i) op[i] = text[i];
+  std::memcpy(_operator, op, sizeof(_operator));
 }

@@ -12,25 +12,38 @@
 // Besides the C++ operators, ';' ranks weakest of all (190): the only
 // expressions that hold one are for headers, which thus split into their
 // three parts.
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
+#include "syntax/vnxExpressionWords.h"
+#include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 
 namespace {
 
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool isWordChar(char c) { return vnxSyntaxe::isAlphaNumOrUnderScoreChar(c) != 0; }
+inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
 
-inline bool isOperatorChar(char c) {
-  switch (c) {
-    case '+': case '-': case '*': case '/': case '%': case '=': case '!': case '<':
-    case '>': case '&': case '|': case '^': case ':': case '.': case '?': case ',': case ';':
-      return true;
-    default:
-      return false;
+// What the right-to-left walk does with a character: most characters are
+// stepped over, closers of literals and brackets are jumped back, operator
+// characters are read as tokens.
+enum WalkClass : unsigned char { kPlain = 0, kCloser = 1, kOperatorChar = 2 };
+
+struct WalkClasses {
+  unsigned char of[256] = {};
+  WalkClasses() {
+    for (const char c : {'"', '\'', ')', ']', '}'}) of[static_cast<unsigned char>(c)] = kCloser;
+    for (const char c : {'+', '-', '*', '/', '%', '=', '!', '<', '>', '&', '|', '^', ':', '.', '?', ',', ';'})
+      of[static_cast<unsigned char>(c)] = kOperatorChar;
   }
-}
+};
+
+const WalkClasses kWalkClasses;
+
+inline unsigned char walkClass(char c) { return kWalkClasses.of[static_cast<unsigned char>(c)]; }
+
+inline bool isOperatorChar(char c) { return walkClass(c) == kOperatorChar; }
 
 // First offset of the word (letters, digits, '_') that ends at last, never
 // below lowest; last + 1 when no word ends there.
@@ -208,18 +221,29 @@ std::vector<unsigned char>& runTokens() {
 // answers true. end bounds the text for the number test. Answers 1 when visit
 // stopped the walk, 0 at its end, -1 when a closing quote or bracket has no
 // opening one.
+// When given, jumps receives each jump as (opener, closer) and stop the
+// closer the walk stopped on.
 template <class Visit>
-int walkOperators(const char* s, int begin, int from, int end, Visit&& visit) {
+int walkOperators(const char* s, int begin, int from, int end, Visit&& visit,
+                  std::vector<std::pair<int, int>>* jumps = nullptr, int* stop = nullptr) {
   std::vector<unsigned char>& lengths = runTokens();
   for (int i = from; i >= begin;) {
-    const char c = s[i];
-    if (c == '"' || c == '\'' || c == ')' || c == ']' || c == '}') {
+    const unsigned char k = walkClass(s[i]);
+    if (k == kPlain) {
+      --i;
+      continue;
+    }
+    if (k == kCloser) {
       const int open = openingOf(s, i, begin);
-      if (open < 0) return -1;
+      if (open < 0) {
+        if (stop) *stop = i;
+        return -1;
+      }
+      if (jumps) jumps->emplace_back(open, i);
       i = open - 1;
       continue;
     }
-    if (!isOperatorAt(s, begin, end, i)) {
+    if (inNumber(s, begin, end, i)) {
       --i;
       continue;
     }
@@ -255,25 +279,32 @@ bool startsWithBasicType(const char* s, int begin, int end) {
 }
 
 // The splitting context of an expression: ':' ranks 165 under a "?", 150
-// elsewhere, and is no operator at all in a bit-field declaration.
-struct ColonRule {
-  bool underQuestion;
-  bool bitField;
-  int level(const char* s, int pos, int length) const {
+// elsewhere, and is no operator at all in a bit-field declaration. Worked out
+// at the first ':' met, since most texts hold none.
+class ColonRule {
+ public:
+  ColonRule(const vnxSyntaxe* father, const char* s, int begin, int end)
+      : _father(father), _s(s), _begin(begin), _end(end) {}
+  int level(const char* s, int pos, int length) {
     const int level = tokenLevel(s, pos, length);
     if (level != kColon) return level;
-    if (underQuestion) return 165;
-    return bitField ? 0 : 150;
+    if (_colonLevel < 0) _colonLevel = colonLevel();
+    return _colonLevel;
   }
-};
 
-ColonRule colonRuleOf(const vnxSyntaxe* father, const char* s, int begin, int end) {
-  const char* op = father && father->GetType() == vnxSyntaxe::kExpression ? father->GetOperator() : nullptr;
-  ColonRule rule;
-  rule.underQuestion = op && std::strcmp(op, "?") == 0;
-  rule.bitField = startsWithBasicType(s, begin, end);
-  return rule;
-}
+ private:
+  int colonLevel() const {
+    const char* op = _father && _father->GetType() == vnxSyntaxe::kExpression ? _father->GetOperator() : nullptr;
+    if (op && op[0] == '?' && op[1] == '\0') return 165;
+    return startsWithBasicType(_s, _begin, _end) ? 0 : 150;
+  }
+
+  const vnxSyntaxe* _father;
+  const char* _s;
+  int _begin;
+  int _end;
+  int _colonLevel = -1;
+};
 
 }  // namespace
 
@@ -288,7 +319,7 @@ int vnxExpression::GetOperatorLevel(const char* op) {
 int vnxExpression::findSplit(const char* s, int begin, int end, Split& split) const {
   split = Split();
   if (!s || begin < 0 || end <= begin) return 0;
-  const ColonRule rule = colonRuleOf(_father, s, begin, end);
+  ColonRule rule(_father, s, begin, end);
   const int walked = walkOperators(s, begin, end - 1, end, [&](int pos, int length) {
     const int level = rule.level(s, pos, length);
     if (level <= 0) return false;
@@ -319,7 +350,7 @@ void vnxExpression::chainSplit(const char* s, int begin, const Split& hint, Spli
   // Nothing weaker than this level stands in the text (the father's scan saw
   // it all): the next split is the first operator of the level to the left.
   const int end = hint.nextPos + hint.nextLength;
-  const ColonRule rule = colonRuleOf(_father, s, begin, end);
+  ColonRule rule(_father, s, begin, end);
   walkOperators(s, begin, hint.nextPos - 1, end, [&](int pos, int length) {
     if (rule.level(s, pos, length) != hint.level) return false;
     split.nextPos = pos;
@@ -340,6 +371,46 @@ bool vnxExpression::leadingSplit(const char* s, int begin, int end, const Split&
   split.length = length;
   split.level = hint.level;
   return true;
+}
+
+void vnxExpression::walkWordChain(const char* s, int begin, int end, WordChain& chain) {
+  chain.begin = begin;
+  chain.end = end;
+  chain.stop = begin;
+  chain.lowestColon = INT_MAX;
+  chain.jumps.clear();
+  walkOperators(
+      s, begin, end - 1, end,
+      [&](int pos, int length) {
+        if (tokenLevel(s, pos, length) == kColon && pos < chain.lowestColon) chain.lowestColon = pos;
+        return false;
+      },
+      &chain.jumps, &chain.stop);
+}
+
+bool vnxExpression::wordChainHolds(const WordChain& chain, const char* s, int begin, int end) {
+  // A shorter text of the chain, ending before one of the blanks or groups
+  // its shape scan walked over: that scan went through [begin, end) exactly
+  // as one of this text alone would.
+  if (begin != chain.begin || end <= begin || end >= chain.end) return false;
+  const std::vector<int>& blanks = chain.shape.blanks;
+  if (!std::binary_search(blanks.begin(), blanks.end(), end)) {
+    const std::vector<vnxwords::Group>& groups = chain.shape.groups;
+    const auto group = std::lower_bound(groups.begin(), groups.end(), end,
+                                        [](const vnxwords::Group& g, int at) { return g.open < at; });
+    if (group == groups.end() || group->open != end) return false;
+  }
+  // The operator scan of this text starts at end - 1: the chain's went
+  // through that offset (it did not stop above it nor jump over it), and
+  // from there on both read the same characters the same way.
+  const int last = end - 1;
+  if (last < chain.stop) return false;
+  const auto jump = std::lower_bound(chain.jumps.begin(), chain.jumps.end(), last,
+                                     [](const std::pair<int, int>& j, int at) { return j.second > at; });
+  if (jump != chain.jumps.begin() && std::prev(jump)->first <= last) return false;
+  // The only operator the chain's scan read is ':', which splits this text
+  // unless it declares a bit-field (its father, a "dc", is no "?").
+  return chain.lowestColon >= end || startsWithBasicType(s, begin, end);
 }
 
 int vnxExpression::SearchOperator(const char* text, int begin, int end, int& length) {

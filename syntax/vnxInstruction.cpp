@@ -5,6 +5,8 @@
 #include <cstring>
 
 #include "platform/TAPool.h"
+#include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 #include "vnxSourceFile.h"
 
@@ -15,8 +17,8 @@ TAPool<vnxInstruction>& instructionPool() {
   return pool;
 }
 
-inline bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-inline bool isWordChar(char c) { return vnxSyntaxe::isAlphaNumOrUnderScoreChar(c) != 0; }
+inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
+inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
 
 bool startsWith(const char* s, int pos, int end, const char* word) {
   const int n = static_cast<int>(std::strlen(word));
@@ -383,18 +385,18 @@ int vnxInstruction::addExpression(int from, int to, bool always) {
   if (to <= from && !always) return 0;
   vnxExpression* child = vnxExpression::CreateTAPExpression(this, from, to - from, _childCount + 1);
   if (!child) return 0;
-  Append(child);
+  vnxSyntaxeAccess::append(this, child);
   const int status = child->Build(0);
-  child->Release();
+  vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
 int vnxInstruction::addInstruction(int from, int to) {
   vnxInstruction* child = CreateTAPInstruction(this, from, to - from, _childCount + 1);
   if (!child) return 0;
-  Append(child);
+  vnxSyntaxeAccess::append(this, child);
   const int status = child->Build(0);
-  child->Release();
+  vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
@@ -410,15 +412,15 @@ int vnxInstruction::addBlock(const char* s, const Text& text, int open) {
   }
   vnxSyntaxe* block = CreateTAPSyntaxe(kTAPBloc, this, open + 1, close - open - 1, _childCount + 1);
   if (!block) return close;
-  Append(block);
+  vnxSyntaxeAccess::append(this, block);
   const int status = block->Build(0);
-  block->Release();
+  vnxSyntaxeAccess::dropBuilderHold(block);
   return status ? -1 : close;
 }
 
 void vnxInstruction::addLeaf(int type, int begin, int size) {
   vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
   if (!leaf) return;
-  Append(leaf);
-  leaf->Release();
+  vnxSyntaxeAccess::append(this, leaf);
+  vnxSyntaxeAccess::dropBuilderHold(leaf);
 }

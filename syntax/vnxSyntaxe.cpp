@@ -127,6 +127,9 @@ void vnxSyntaxe::Release() {
   }
   queue.draining = true;
   vnxSyntaxeAccess::dropHold(this);
+  // Children are queued last first, so the walk takes them first first: a
+  // tree is released in the order it was built, which is the order of its
+  // nodes in the pools' blocks.
   while (!queue.pending.empty()) {
     vnxSyntaxe* node = queue.pending.back();
     queue.pending.pop_back();
@@ -139,11 +142,21 @@ void vnxSyntaxe::Reset() {
   if (_source) _source->Release();
   _source = nullptr;
   _streamAtBegin = nullptr;
-  std::free(_contentCache);
-  _contentCache = nullptr;
-  for (int i = 1; i <= _childCount; ++i) childAt(i)->Release();
-  std::free(_childArray);
-  _childArray = nullptr;
+  if (_contentCache) {
+    std::free(_contentCache);
+    _contentCache = nullptr;
+  }
+  if (_childCount > 0) {
+    // The children's holds are dropped by the release under way (Reset runs
+    // only inside one): queued here rather than through each child's Release.
+    std::vector<vnxSyntaxe*>& pending = releaseQueue().pending;
+    vnxSyntaxe* const* children = _childArray ? _childArray : _firstChildren;
+    for (int i = _childCount - 1; i >= 0; --i) pending.push_back(children[i]);
+  }
+  if (_childArray) {
+    std::free(_childArray);
+    _childArray = nullptr;
+  }
   _firstChildren[0] = _firstChildren[1] = nullptr;
   _childCount = 0;
   _childCapacity = 2;
@@ -156,12 +169,9 @@ void vnxSyntaxe::ReturnToPool() { nodePool().release(this, _ownerBlock); }
 int vnxSyntaxe::GetPoolLiveCount() { return nodePool().liveCount(); }
 int vnxSyntaxe::GetPoolBlockCount() { return nodePool().blockCount(); }
 
-vnxSyntaxe* vnxSyntaxe::Child(int i) {
-  if (i < 1 || i > _childCount) {
-    vnxdiag::plain(" vnxSyntaxe:Child Bad Index");
-    return nullptr;
-  }
-  return childAt(i);
+vnxSyntaxe* vnxSyntaxe::badChildIndex() {
+  vnxdiag::plain(" vnxSyntaxe:Child Bad Index");
+  return nullptr;
 }
 
 vnxSyntaxe* vnxSyntaxe::GetLastLeaf() {

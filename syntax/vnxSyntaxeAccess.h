@@ -11,7 +11,10 @@ struct vnxSyntaxeAccess {
   // One hold less; at zero the node is reset (its children queued for release)
   // and handed back to its pool.
   static void dropHold(vnxSyntaxe* node) {
-    if (TAFatalError(node->_refCount <= 0, "vnxSyntaxe::Release of a node already released")) return;
+    if (node->_refCount <= 0) {
+      TAFatalError(1, "vnxSyntaxe::Release of a node already released");
+      return;
+    }
     if (--node->_refCount > 0) return;
     node->Reset();
     node->_refCount = 1;
@@ -43,7 +46,27 @@ struct vnxSyntaxeAccess {
 
   static ZELListValZELString& listMacro() { return vnxSyntaxe::_listMacro; }
   static void setType(vnxSyntaxe* node, int type) { node->_type = type; }
-  static void append(vnxSyntaxe* father, vnxSyntaxe* child) { father->Append(child); }
+  // Append, with the two inline children taken here.
+  static void append(vnxSyntaxe* father, vnxSyntaxe* child) {
+    if (child && father->_childCount < 2) {
+      ++child->_refCount;
+      father->_firstChildren[father->_childCount++] = child;
+      return;
+    }
+    father->Append(child);
+  }
+
+  // Release of the hold a builder keeps on a child it appended: the father
+  // holds it too, so the count only goes down; what Release does on every
+  // call (emptying the statement-macro list) is done all the same.
+  static void dropBuilderHold(vnxSyntaxe* child) {
+    if (child->_refCount < 2) {
+      child->Release();
+      return;
+    }
+    vnxSyntaxe::_listMacro.RemoveAll();
+    --child->_refCount;
+  }
 };
 
 #endif

@@ -24,7 +24,7 @@ static int attachChild(vnxSyntaxe* father, vnxSyntaxe* child, bool build) {
   if (!child) return 0;
   vnxSyntaxeAccess::append(father, child);
   const int status = build ? child->Build(0) : 0;
-  child->Release();
+  vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
@@ -36,6 +36,7 @@ int vnxSyntaxe::Build(int withNullInstructions) {
   if (!_source || !_streamAtBegin) return 1;
   if (_size < 1) return 0;
   const char* s = _source->GetStream();
+  const vnxscan::MatchMemoScope memo(s, _source->GetSize());
   const bool buildChildren = _type != kHeader;
   int begin = _begin;
   int size = _size;

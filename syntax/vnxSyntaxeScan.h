@@ -13,6 +13,20 @@ constexpr int kFailed = INT_MIN;
 // kFailed instead of 0 on failure (an instruction may end at offset 0).
 int endOfInstruction(const char* s, int from, int limit);
 
+// While alive, the bracket matchers keep their answers over stream (the
+// stream of the tree being built, which must not change meanwhile). Scopes
+// nest: an inner one over any stream leaves the outer one in place.
+class MatchMemoScope {
+ public:
+  MatchMemoScope(const char* stream, int size);
+  ~MatchMemoScope();
+  MatchMemoScope(const MatchMemoScope&) = delete;
+  MatchMemoScope& operator=(const MatchMemoScope&) = delete;
+
+ private:
+  bool _active = false;
+};
+
 }  // namespace vnxscan
 
 #endif

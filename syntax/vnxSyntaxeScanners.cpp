@@ -1,13 +1,16 @@
 // The scanners that match brackets, strings, literals and comments forward and
 // backward over a stream, and the one that finds where an instruction ends.
 //
-// Each is a pure function over (text, from, limit) or (text, from, lowest):
-// nothing is allocated per character, nothing is read past limit or below
-// lowest, and every loop consumes at least one character. Only ErrMsg is
-// touched, for the few failures that carry a message. The bracket matchers call
-// one another for nested (), [] and strings; that nesting is capped so that a
-// hostile file cannot exhaust the stack.
+// Each answers as a pure function over (text, from, limit) or (text, from,
+// lowest): nothing is allocated per character, nothing is read past limit or
+// below lowest, and every loop consumes at least one character. Only ErrMsg
+// is touched, for the few failures that carry a message. The bracket matchers
+// call one another for nested (), [] and strings; that nesting is capped so
+// that a hostile file cannot exhaust the stack. While a tree is built, the
+// bracket matchers keep their answers over its stream (see MatchMemo), so
+// that the builders' repeated questions about one bracket cost one walk.
 #include <cstring>
+#include <vector>
 
 #include "ZELString.h"
 #include "vnxSourceFile.h"
@@ -41,23 +44,161 @@ bool startsWith(const char* s, int pos, int limit, const char (&word)[N]) {
 int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, int withComments);
 int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nesting);
 
+// Answers of the bracket matchers over the stream of the tree being built.
+// Every level of the builders matches the same brackets again (an instruction
+// its parentheses, then its expression, then each operand and argument, and
+// each block the blocks inside it), so each answer is kept per offset of the
+// bracket a walk starts from. Only walks started on their own kind of bracket
+// and without comments are kept; for those a walk's answer depends on its
+// bound in a simple way, which is what makes keeping them exact:
+// - forward, a match r found under any limit is the answer for every limit
+//   at or above r, and every limit below r fails (the walk takes the same
+//   path whatever its limit, and is cut short only where it passes it); a
+//   failure under limit L is the answer for every limit up to L;
+// - backward, a match r is the answer for every lowest at or below r (the
+//   backslash count before a quote inside the brackets stops at r's bracket);
+//   backward failures are not kept.
+// A walk nested in another one takes the same path as a walk started alone
+// unless the nesting cap stops it somewhere below: each answer keeps how many
+// nesting levels its walk went down, and is used only where the cap is that
+// far away. Failures that set ErrMsg are not kept, so that the message is set
+// again each time, as it was.
+// Entries: 0 unknown, r + 1 a match at r, -(L + 1) a failure under limit L.
+struct MatchMemo {
+  const char* stream = nullptr;  // the stream of the tree being built, or null
+  int size = 0;
+  std::vector<int> entries;
+  std::vector<unsigned short> levels;  // nesting levels below each kept walk
+  int deepest = 0;        // deepest nesting reached since the walk under way began
+  unsigned capHits = 0;   // walks refused for their nesting, ever
+  unsigned messages = 0;  // messages set by the walks, ever
+  std::vector<int> openInner;  // inner brackets open in the walks under way
+};
+
+MatchMemo* const gMemo = new MatchMemo;  // never destroyed: no order to mind at exit
+
+inline char openerOf(Closer kind) { return kind == Closer::Par ? '(' : kind == Closer::Index ? '[' : '{'; }
+inline char closerOf(Closer kind) { return kind == Closer::Par ? ')' : kind == Closer::Index ? ']' : '}'; }
+
+// A kept answer for a walk at this nesting, or false when there is none (or
+// the cap is too close for it). end receives the answer, -1 for a failure.
+inline bool keptAnswer(const MatchMemo& memo, int at, int nesting, bool forward, int bound, int& end) {
+  const int entry = memo.entries[static_cast<size_t>(at)];
+  if (entry == 0 || nesting + memo.levels[static_cast<size_t>(at)] > kMaxBracketNesting) return false;
+  if (entry > 0) {
+    const int r = entry - 1;
+    if (forward) end = r <= bound ? r : -1;
+    else if (r >= bound) end = r;
+    else return false;
+    return true;
+  }
+  if (!forward || bound > -entry - 1) return false;
+  end = -1;
+  return true;
+}
+
+// A kept answer stands for a walk that went as deep as its levels say.
+inline void noteLevels(MatchMemo& memo, int at, int nesting) {
+  const int reached = nesting + memo.levels[static_cast<size_t>(at)];
+  if (reached > memo.deepest) memo.deepest = reached;
+}
+
+// The answer of an inner bracket at `at`, met by a walk at this nesting: the
+// levels that walk went down so far bound the inner walk's.
+inline void keepInner(MatchMemo& memo, int at, int answer, int nesting) {
+  memo.entries[static_cast<size_t>(at)] = answer + 1;
+  memo.levels[static_cast<size_t>(at)] = static_cast<unsigned short>(memo.deepest - nesting);
+}
+
+// The walk from `at` (a bracket of its kind) at this nesting, through the
+// memo when the stream is the one being built.
+int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool forward) {
+  MatchMemo& memo = *gMemo;
+  const bool kept = s == memo.stream && at >= 0 && at < memo.size && (forward ? bound < memo.size : bound >= 0) &&
+                    s[at] == (forward ? openerOf(kind) : closerOf(kind));
+  if (!kept) return forward ? endOfMatching(kind, s, at, bound, nesting, 0) : beginOfMatching(kind, s, at, bound, nesting);
+  int end = -1;
+  if (keptAnswer(memo, at, nesting, forward, bound, end)) {
+    noteLevels(memo, at, nesting);
+    return end;
+  }
+  const int outerDeepest = memo.deepest;
+  const unsigned capHits = memo.capHits;
+  const unsigned messages = memo.messages;
+  memo.deepest = nesting;
+  end = forward ? endOfMatching(kind, s, at, bound, nesting, 0) : beginOfMatching(kind, s, at, bound, nesting);
+  const int levels = memo.deepest - nesting;
+  if (memo.capHits == capHits && levels <= kMaxBracketNesting) {
+    int entry = 0;
+    if (end >= 0) entry = end + 1;
+    else if (forward && memo.messages == messages) entry = -(bound + 1);
+    if (entry != 0) {
+      memo.entries[static_cast<size_t>(at)] = entry;
+      memo.levels[static_cast<size_t>(at)] = static_cast<unsigned short>(levels);
+    }
+  }
+  if (outerDeepest > memo.deepest) memo.deepest = outerDeepest;
+  return end;
+}
+
+inline void setMessage(const char* message) {
+  vnxSyntaxe::ErrMsg = message;
+  ++gMemo->messages;
+}
+
+// The characters at which each forward walk stops; it steps over all others.
+enum : unsigned char { kBlockStop = 1, kParStop = 2, kIndexStop = 4 };
+
+struct ForwardClasses {
+  unsigned char of[256] = {};
+  ForwardClasses() {
+    for (const char c : {'"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = kBlockStop | kParStop | kIndexStop;
+    for (const char c : {'{', '}', '/'}) of[static_cast<unsigned char>(c)] |= kBlockStop;
+    of[static_cast<unsigned char>(')')] |= kParStop;
+    of[static_cast<unsigned char>(']')] |= kIndexStop;
+  }
+};
+
+const ForwardClasses kForwardClasses;
+
+inline unsigned char forwardClass(char c) { return kForwardClasses.of[static_cast<unsigned char>(c)]; }
+inline unsigned char forwardMask(Closer kind) {
+  return kind == Closer::Block ? kBlockStop : kind == Closer::Par ? kParStop : kIndexStop;
+}
+
+// The same for the backward walks.
+struct BackwardClasses {
+  unsigned char of[256] = {};
+  BackwardClasses() {
+    for (const char c : {'"', '\'', ')', ']'}) of[static_cast<unsigned char>(c)] = kBlockStop | kParStop | kIndexStop;
+    for (const char c : {'{', '}'}) of[static_cast<unsigned char>(c)] |= kBlockStop;
+    of[static_cast<unsigned char>('(')] |= kParStop;
+    of[static_cast<unsigned char>('[')] |= kIndexStop;
+  }
+};
+
+const BackwardClasses kBackwardClasses;
+
+inline unsigned char backwardClass(char c) { return kBackwardClasses.of[static_cast<unsigned char>(c)]; }
+inline unsigned char backwardMask(Closer kind) { return forwardMask(kind); }
+
 // A wide literal: L followed by a quote at i + 1 (i < limit - 1). Answers the
 // offset of its last character, or 0 with ErrMsg set. A character literal
 // right behind a wide string is taken with it.
 int skipWideLiteral(const char* s, int i, int limit) {
   if (s[i + 1] == '\'') {
     const int end = vnxSyntaxe::SearchEndOfString2(s, i + 1, limit);
-    if (!end) vnxSyntaxe::ErrMsg = "Missing '";
+    if (!end) setMessage("Missing '");
     return end;
   }
   int end = vnxSyntaxe::SearchEndOfString(s, i + 1, limit);
   if (!end) {
-    vnxSyntaxe::ErrMsg = "Missing \"";
+    setMessage("Missing \"");
     return 0;
   }
   if (end < limit && s[end + 1] == '\'') {
     end = vnxSyntaxe::SearchEndOfString2(s, end + 1, limit);
-    if (!end) vnxSyntaxe::ErrMsg = "Missing '";
+    if (!end) setMessage("Missing '");
   }
   return end;
 }
@@ -71,7 +212,7 @@ inline int orFail(int end) { return end ? end : -1; }
 int skipComment(const char* s, int i, int limit) {
   if (s[i + 1] == '*') {
     const int end = vnxSyntaxe::SearchEndOfCPPComment(s, i + 2, limit);
-    if (!end) vnxSyntaxe::ErrMsg = "Missing */";
+    if (!end) setMessage("Missing */");
     return orFail(end);
   }
   if (s[i + 1] == '/') return orFail(vnxSyntaxe::SearchEndOfCComment(s, i + 2, limit));
@@ -88,14 +229,14 @@ int stepForward(Closer kind, const char* s, int i, int limit, int& depth, int ne
     case '\'': return orFail(vnxSyntaxe::SearchEndOfString2(s, i, limit));
     case '(':
       if (kind == Closer::Par) ++depth;
-      else return endOfMatching(Closer::Par, s, i, limit, nesting + 1, 0);
+      else return memoWalk(Closer::Par, s, i, limit, nesting + 1, true);
       return i;
     case ')':
       if (kind == Closer::Par) --depth;
       return i;
     case '[':
       if (kind == Closer::Index) ++depth;
-      else return endOfMatching(Closer::Index, s, i, limit, nesting + 1, 0);
+      else return memoWalk(Closer::Index, s, i, limit, nesting + 1, true);
       return i;
     case ']':
       if (kind == Closer::Index) --depth;
@@ -120,16 +261,57 @@ int stepForward(Closer kind, const char* s, int i, int limit, int& depth, int ne
   }
 }
 
-// The walk shared by the three forward matchers; -1 on failure.
+// The walk shared by the three forward matchers; -1 on failure. Over the
+// stream being built, past an inner bracket of its own kind it walks exactly
+// as a walk started there would, until the bracket that brings it back to its
+// own depth: that is the inner bracket's answer, kept for later; an inner
+// bracket already answered is jumped at once.
 int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, int withComments) {
-  if (!s || from < 0 || limit <= from || nesting > kMaxBracketNesting) return -1;
-  int depth = 0;
-  for (int i = from; i <= limit; ++i) {
-    i = stepForward(kind, s, i, limit, depth, nesting, withComments);
-    if (i < 0) return -1;
-    if (depth == 0) return i <= limit ? i : -1;
+  if (!s || from < 0 || limit <= from) return -1;
+  MatchMemo& memo = *gMemo;
+  if (nesting > kMaxBracketNesting) {
+    ++memo.capHits;
+    return -1;
   }
-  return -1;
+  if (nesting > memo.deepest) memo.deepest = nesting;
+  const bool keep = !withComments && s == memo.stream && limit < memo.size;
+  const char opener = openerOf(kind);
+  const char closer = closerOf(kind);
+  const unsigned char mask = forwardMask(kind);
+  const unsigned capHits = memo.capHits;
+  std::vector<int>& open = memo.openInner;  // shared by nested walks, each above its base
+  const size_t base = open.size();
+  int depth = 0;
+  int result = -1;
+  for (int i = from; i <= limit; ++i) {
+    // Started on a character it passes over, a walk answers its start.
+    while (i > from && !(forwardClass(s[i]) & mask)) {
+      if (++i > limit) break;
+    }
+    if (i > limit) break;
+    const char c = s[i];
+    if (keep && c == opener && i != from) {
+      int end = -1;
+      if (keptAnswer(memo, i, nesting, true, limit, end) && end >= 0) {
+        noteLevels(memo, i, nesting);
+        i = end;
+        continue;
+      }
+      open.push_back(i);
+    }
+    i = stepForward(kind, s, i, limit, depth, nesting, withComments);
+    if (i < 0) break;
+    if (keep && c == closer && open.size() > base) {
+      if (memo.capHits == capHits) keepInner(memo, open.back(), i, nesting);
+      open.pop_back();
+    }
+    if (depth == 0) {
+      if (i <= limit) result = i;
+      break;
+    }
+  }
+  open.resize(base);
+  return result;
 }
 
 // Whether an opening quote at i is unescaped: preceded by an even number of
@@ -170,14 +352,14 @@ int stepBackward(Closer kind, const char* s, int i, int lowest, int& depth, int 
     case '\'': return beginOfString2(s, i, lowest);
     case ')':
       if (kind == Closer::Par) ++depth;
-      else if (kind == Closer::Block) return beginOfMatching(Closer::Par, s, i, lowest, nesting + 1);
+      else if (kind == Closer::Block) return memoWalk(Closer::Par, s, i, lowest, nesting + 1, false);
       return i;
     case '(':
       if (kind == Closer::Par) --depth;
       return i;
     case ']':
       if (kind == Closer::Index) ++depth;
-      else return beginOfMatching(Closer::Index, s, i, lowest, nesting + 1);
+      else return memoWalk(Closer::Index, s, i, lowest, nesting + 1, false);
       return i;
     case '[':
       if (kind == Closer::Index) --depth;
@@ -193,33 +375,95 @@ int stepBackward(Closer kind, const char* s, int i, int lowest, int& depth, int 
   }
 }
 
+// The walk shared by the three backward matchers; -1 on failure. Keeps and
+// uses the answers of inner brackets of its own kind as endOfMatching does.
 int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nesting) {
-  if (!s || lowest < 0 || from < lowest || nesting > kMaxBracketNesting) return -1;
-  int depth = 0;
-  for (int i = from; i >= lowest; --i) {
-    i = stepBackward(kind, s, i, lowest, depth, nesting);
-    if (i < 0) return -1;
-    if (depth == 0) return i;
+  if (!s || lowest < 0 || from < lowest) return -1;
+  MatchMemo& memo = *gMemo;
+  if (nesting > kMaxBracketNesting) {
+    ++memo.capHits;
+    return -1;
   }
-  return -1;
+  if (nesting > memo.deepest) memo.deepest = nesting;
+  const bool keep = s == memo.stream && from < memo.size;
+  const char opener = openerOf(kind);
+  const char closer = closerOf(kind);
+  const unsigned char mask = backwardMask(kind);
+  const unsigned capHits = memo.capHits;
+  std::vector<int>& open = memo.openInner;
+  const size_t base = open.size();
+  int depth = 0;
+  int result = -1;
+  for (int i = from; i >= lowest; --i) {
+    while (i < from && !(backwardClass(s[i]) & mask)) {
+      if (--i < lowest) break;
+    }
+    if (i < lowest) break;
+    const char c = s[i];
+    if (keep && c == closer && i != from) {
+      int begin = -1;
+      if (keptAnswer(memo, i, nesting, false, lowest, begin)) {
+        noteLevels(memo, i, nesting);
+        i = begin;
+        continue;
+      }
+      open.push_back(i);
+    }
+    i = stepBackward(kind, s, i, lowest, depth, nesting);
+    if (i < 0) break;
+    if (keep && c == opener && open.size() > base) {
+      if (memo.capHits == capHits) keepInner(memo, open.back(), i, nesting);
+      open.pop_back();
+    }
+    if (depth == 0) {
+      result = i;
+      break;
+    }
+  }
+  open.resize(base);
+  return result;
 }
 
 }  // namespace
 
+vnxscan::MatchMemoScope::MatchMemoScope(const char* stream, int size) {
+  MatchMemo& memo = *gMemo;
+  if (memo.stream || !stream || size <= 0) return;  // an outer build keeps its own
+  memo.stream = stream;
+  memo.size = size;
+  memo.entries.assign(static_cast<size_t>(size), 0);
+  if (memo.levels.size() < static_cast<size_t>(size)) memo.levels.resize(static_cast<size_t>(size));
+  _active = true;
+}
+
+vnxscan::MatchMemoScope::~MatchMemoScope() {
+  if (!_active) return;
+  MatchMemo& memo = *gMemo;
+  memo.stream = nullptr;
+  memo.size = 0;
+  // Kept for the next tree, unless a very large stream made them big.
+  constexpr size_t kKeptOffsets = size_t{1} << 20;
+  if (memo.entries.capacity() > kKeptOffsets) {
+    std::vector<int>().swap(memo.entries);
+    std::vector<unsigned short>().swap(memo.levels);
+  }
+}
+
 // --- forward matching ---------------------------------------------------------------
 
 int vnxSyntaxe::SearchEndOfTAPBloc(const char* s, int from, int limit, int withComments) {
-  const int end = endOfMatching(Closer::Block, s, from, limit, 0, withComments);
+  const int end = withComments ? endOfMatching(Closer::Block, s, from, limit, 0, withComments)
+                               : memoWalk(Closer::Block, s, from, limit, 0, true);
   return end < 0 ? 0 : end;
 }
 
 int vnxSyntaxe::SearchEndOfPar(const char* s, int from, int limit) {
-  const int end = endOfMatching(Closer::Par, s, from, limit, 0, 0);
+  const int end = memoWalk(Closer::Par, s, from, limit, 0, true);
   return end < 0 ? 0 : end;
 }
 
 int vnxSyntaxe::SearchEndOfIndex(const char* s, int from, int limit) {
-  const int end = endOfMatching(Closer::Index, s, from, limit, 0, 0);
+  const int end = memoWalk(Closer::Index, s, from, limit, 0, true);
   return end < 0 ? 0 : end;
 }
 
@@ -269,17 +513,17 @@ int vnxSyntaxe::SearchEndOfCPPComment(const char* s, int from, int limit) {
 // --- backward matching --------------------------------------------------------------
 
 int vnxSyntaxe::SearchBeginOfTAPBloc(const char* s, int from, int lowest) {
-  const int begin = beginOfMatching(Closer::Block, s, from, lowest, 0);
+  const int begin = memoWalk(Closer::Block, s, from, lowest, 0, false);
   return begin < 0 ? 0 : begin;
 }
 
 int vnxSyntaxe::SearchBeginOfPar(const char* s, int from, int lowest) {
-  const int begin = beginOfMatching(Closer::Par, s, from, lowest, 0);
+  const int begin = memoWalk(Closer::Par, s, from, lowest, 0, false);
   return begin < 0 ? 0 : begin;
 }
 
 int vnxSyntaxe::SearchBeginOfIndex(const char* s, int from, int lowest) {
-  const int begin = beginOfMatching(Closer::Index, s, from, lowest, 0);
+  const int begin = memoWalk(Closer::Index, s, from, lowest, 0, false);
   return begin < 0 ? 0 : begin;
 }
 
@@ -452,9 +696,22 @@ bool colonEndsInstruction(const char* s, int i, int k, int limit) {
   return !startsWithAny(s, i, limit, vnxSyntaxe::basicTypes);
 }
 
+// The characters the general walk looks at; it steps over all others.
+struct InstructionStops {
+  bool of[256] = {};
+  InstructionStops() {
+    for (const char c : {'?', ':', ';', '{', '"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = true;
+  }
+};
+
+const InstructionStops kInstructionStops;
+
+inline bool stopsInstruction(char c) { return kInstructionStops.of[static_cast<unsigned char>(c)]; }
+
 // The general walk from `from`: the first ';', a ':' that ends, a block.
 int scanInstruction(const char* s, int from, int i, int limit, int nested, int pending) {
   for (int k = from; k <= limit; ++k) {
+    if (!stopsInstruction(s[k])) continue;
     int jump = -1;  // end of a construct jumped over; 0 when it is not closed
     switch (s[k]) {
       case '?': ++pending; break;

@@ -13,11 +13,25 @@ class VNX_EXPORT TARefCounter {
   TARefCounter& operator=(const TARefCounter&) { return *this; }
   virtual ~TARefCounter();
 
-  int AddRef();   // answers the new count
-  int Release();  // answers the new count; 0 means the object is gone
+  // Inline: every tree node holds its source, so these run once per node.
+  int AddRef() {  // answers the new count
+    if (_refCount <= 0) reportDead("TARefCounter::AddRef on a dead object");
+    return ++_refCount;
+  }
+  int Release() {  // answers the new count; 0 means the object is gone
+    if (_refCount <= 0) {
+      reportDead("TARefCounter::Release on a dead object");
+      return 0;
+    }
+    const int count = --_refCount;
+    if (count == 0) delete this;
+    return count;
+  }
   int GetRefCount() const { return _refCount; }
 
  private:
+  static void reportDead(const char* message);
+
   int _refCount = 1;
 };
 

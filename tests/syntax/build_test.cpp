@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "TestSupport.h"
 #include "vnxExpression.h"
@@ -170,6 +171,77 @@ TEST(TreeBuild, FiftyThousandInstructionsBuildAndWalkInLinearTime) {
   int count = 1;
   for (vnxSyntaxe* n = tree.root()->Child(1); (n = n->getNext()) != nullptr;) ++count;
   EXPECT_EQ(count, 50000);
+}
+
+// Texts of nested blocks, calls, indexes, literals and escapes, with now and
+// then a piece that leaves something unbalanced.
+class TextMaker {
+ public:
+  explicit TextMaker(unsigned seed) : _seed(seed) {}
+  std::string statements(int depth) {
+    std::string out;
+    for (int n = pick(4); n >= 0; --n) {
+      if (depth < 6 && pick(4) == 0) out += "{" + statements(depth + 1) + "}";
+      else if (depth < 6 && pick(5) == 0) out += "if(" + expression(depth + 1) + ")" + (pick(2) ? "{" + statements(depth + 1) + "}" : expression(depth + 1) + ";");
+      else out += expression(depth + 1) + (pick(3) ? ";" : " ");
+    }
+    return out;
+  }
+
+ private:
+  int pick(int n) {
+    _seed = _seed * 1103515245u + 12345u;
+    return static_cast<int>((_seed >> 16) % static_cast<unsigned>(n));
+  }
+  std::string expression(int depth) {
+    static const char* const atoms[] = {"a", "b1", "x::y", "\"s\"", "'c'", "L\"w\"", "\"q\\\"\"", "'\\''", "\"\"\"\"", "1.5"};
+    static const char* const joins[] = {" ", "+", ", ", "=", "?", ":", "->", " ", ","};
+    static const char* const junk[] = {"\"", "'", ")", "]", "}", "(", "[", "{", "L'", "\\", "/"};
+    std::string out;
+    for (int n = pick(4); n >= 0; --n) {
+      if (!out.empty()) out += joins[pick(sizeof(joins) / sizeof(joins[0]))];
+      const int kind = depth < 8 ? pick(7) : 0;
+      if (kind == 1) out += "f(" + expression(depth + 1) + ")";
+      else if (kind == 2) out += "a[" + expression(depth + 1) + "]";
+      else if (kind == 3) out += "(" + expression(depth + 1) + ")";
+      else if (kind == 4 && pick(6) == 0) out += junk[pick(sizeof(junk) / sizeof(junk[0]))];
+      else out += atoms[pick(sizeof(atoms) / sizeof(atoms[0]))];
+    }
+    return out;
+  }
+
+  unsigned _seed;
+};
+
+// Blocks and argument lists of a built tree end where the bracket scanners,
+// asked afresh over the whole stream, say they end: the builders' own answers
+// (kept per bracket while a tree is built) agree with them.
+TEST(TreeBuild, BlockAndArgumentExtentsAreTheScannersAnswers) {
+  int checked = 0;
+  int built = 0;
+  for (unsigned round = 0; round < 300; ++round) {
+    const std::string text = TextMaker(round).statements(0);
+    StreamCapture quiet;
+    BuiltTree tree(text, static_cast<int>(round % 2));
+    if (tree.status() == 0) ++built;
+    const char* s = text.c_str();
+    const int last = static_cast<int>(text.size()) - 1;
+    std::vector<vnxSyntaxe*> pending{tree.root()};
+    while (!pending.empty()) {
+      vnxSyntaxe* node = pending.back();
+      pending.pop_back();
+      for (int i = 1; i <= node->ChildCount(); ++i) pending.push_back(node->Child(i));
+      if (node->GetType() == vnxSyntaxe::kTAPBloc) {
+        EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPBloc(s, node->GetBegin() - 1, last, 0), node->GetEnd()) << text;
+        ++checked;
+      } else if (node->GetType() == vnxSyntaxe::kArguments) {
+        EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(s, node->GetBegin() - 1, last), node->GetEnd()) << text;
+        ++checked;
+      }
+    }
+  }
+  EXPECT_GT(built, 100);
+  EXPECT_GT(checked, 1000);
 }
 
 // Registers the statement macros for one test; the registry keeps a pointer.

@@ -2,8 +2,8 @@
 // operands are laid out, written as compact trees (see expression_render.h).
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
+#include <vector>
 
 #include "expression_render.h"
 
@@ -126,6 +126,36 @@ TEST(ExpressionSplit, WithoutOperatorRecognisesCallsCastsIndexesDeclarationsAndW
       {"identifier", "identifier"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
+}
+
+TEST(ExpressionSplit, EachLeftOperandOfALongDeclarationSplitsAsItsTextAlone) {
+  // A long run of words shares one scan down its chain of left operands:
+  // each must still give the tree its own text gives when built alone.
+  static const struct {
+    std::vector<std::string> pieces;  // repeated, blank-separated
+    const char* tail;
+  } rows[] = {
+      {{"name", "a[2]", "f(x)", "\"s t\"", "'c'", "...", "{k l}", "L\"w\"", "g()", "x1"}, ""},
+      {{"unsigned", "int", "a[2]", "f(x)", "q", "'c'", "..."}, " w:3 v : 4"},  // a bit-field
+      {{"char", "p", "(p)", "[i]", "h(a b)", "\"a\"\"b\"", "z"}, ""},
+  };
+  for (const auto& row : rows) {
+    std::string text;
+    for (size_t i = 0; text.size() < 700; ++i) text += (i ? " " : "") + row.pieces[i % row.pieces.size()];
+    text += row.tail;
+    SCOPED_TRACE(text);
+    BuiltExpression whole(text);
+    ASSERT_EQ(whole.status(), 0);
+    // Down the left operands of "dc", "mt" and "in", which cut the text short.
+    int compared = 0;
+    for (vnxSyntaxe* node = whole.node(); node && node->GetType() == vnxSyntaxe::kExpression; node = node->Child(1)) {
+      EXPECT_EQ(exprtest::render(node), BuiltExpression(node->GetContent()).tree()) << node->GetContent();
+      ++compared;
+      const std::string op = node->GetOperator();
+      if (op != "dc" && op != "mt" && op != "in") break;
+    }
+    EXPECT_GT(compared, 60);
+  }
 }
 
 TEST(ExpressionSplit, DroppingBlanksAndOuterParenthesesNarrowsTheNodeItself) {
