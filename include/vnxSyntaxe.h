@@ -236,6 +236,9 @@ class VNX_EXPORT vnxSyntaxe {
   // Nodes of this class (not of subclasses) alive, and blocks held, in the pool.
   static int GetPoolLiveCount();
   static int GetPoolBlockCount();
+  // Bytes of child arrays (nodes past two children) held by all nodes: with
+  // the pool counts, what the trees alive cost, without walking them.
+  static long long GetChildArrayBytes();
 
  protected:
   // Pool slots only. Written out (not defaulted) so that a pool's T() sets

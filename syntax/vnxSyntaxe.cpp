@@ -18,6 +18,8 @@ ZELListValZELString vnxSyntaxe::_listMacro;
 
 namespace {
 
+long long childArrayBytes = 0;
+
 TAPool<vnxSyntaxe>& nodePool() {
   static TAPool<vnxSyntaxe> pool;
   return pool;
@@ -110,6 +112,7 @@ void vnxSyntaxe::Append(vnxSyntaxe* child) {
       grown[1] = _firstChildren[1];
     }
     _childArray = grown;
+    childArrayBytes += static_cast<long long>(sizeof(vnxSyntaxe*)) * (capacity - (_childCapacity > 2 ? _childCapacity : 0));
     _childCapacity = capacity;
   }
   ++child->_refCount;
@@ -155,6 +158,7 @@ void vnxSyntaxe::Reset() {
   }
   if (_childArray) {
     std::free(_childArray);
+    childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * _childCapacity;
     _childArray = nullptr;
   }
   _firstChildren[0] = _firstChildren[1] = nullptr;
@@ -168,6 +172,7 @@ void vnxSyntaxe::ReturnToPool() { nodePool().release(this, _ownerBlock); }
 
 int vnxSyntaxe::GetPoolLiveCount() { return nodePool().liveCount(); }
 int vnxSyntaxe::GetPoolBlockCount() { return nodePool().blockCount(); }
+long long vnxSyntaxe::GetChildArrayBytes() { return childArrayBytes; }
 
 vnxSyntaxe* vnxSyntaxe::badChildIndex() {
   vnxdiag::plain(" vnxSyntaxe:Child Bad Index");

@@ -106,31 +106,18 @@ bool parseArgs(const std::vector<std::string>& args, Options& options) {
   return !options.files.empty();
 }
 
-long long liveNodeBytes() {
+// Node objects and child arrays alive: read from the pools' counts, since a
+// walk over every node would cost the sweep a good part of what it times.
+long long liveTreeBytes() {
   return static_cast<long long>(vnxSyntaxe::GetPoolLiveCount()) * sizeof(vnxSyntaxe) +
          static_cast<long long>(vnxInstruction::GetPoolLiveCount()) * sizeof(vnxInstruction) +
-         static_cast<long long>(vnxExpression::GetPoolLiveCount()) * sizeof(vnxExpression);
+         static_cast<long long>(vnxExpression::GetPoolLiveCount()) * sizeof(vnxExpression) +
+         vnxSyntaxe::GetChildArrayBytes();
 }
 
 long long liveNodes() {
   return static_cast<long long>(vnxSyntaxe::GetPoolLiveCount()) + vnxInstruction::GetPoolLiveCount() +
          vnxExpression::GetPoolLiveCount();
-}
-
-// Nodes of the tree, and the pointer arrays of nodes with more than the two
-// children a node holds inline; iterative so that a deep tree costs no stack.
-void countTree(vnxSyntaxe* root, long long& nodes, long long& arrayBytes) {
-  std::vector<vnxSyntaxe*> pending(1, root);
-  while (!pending.empty()) {
-    vnxSyntaxe* node = pending.back();
-    pending.pop_back();
-    ++nodes;
-    const int count = node->ChildCount();
-    if (count > 2) arrayBytes += static_cast<long long>(count) * sizeof(vnxSyntaxe*);
-    for (int i = 1; i <= count; ++i) {
-      if (vnxSyntaxe* child = node->Child(i)) pending.push_back(child);
-    }
-  }
 }
 
 std::string firstLine(const std::string& text) {
@@ -226,6 +213,7 @@ void sweepFile(const std::string& name, std::ostringstream& sink, const Options&
 
   vnxSourceFile* source = new vnxSourceFile(buffer, nullptr, TAFileName());
   const long long nodesBefore = liveNodes();
+  const long long bytesBefore = liveTreeBytes();
   if (source->preProcess() != 0) {
     ++totals.preproFailures;
     addFailure(totals, "prepro", name, firstMessage(sink.str(), source->GetErrMsg()));
@@ -239,9 +227,9 @@ void sweepFile(const std::string& name, std::ostringstream& sink, const Options&
         ++totals.treeFailures;
         addFailure(totals, "tree", name, firstLine(vnxSyntaxe::GetErrMsg().CastToCharPtr()));
       }
-      long long nodes = 0, arrayBytes = 0;
-      countTree(root, nodes, arrayBytes);
-      const long long treeBytes = liveNodeBytes() + arrayBytes;
+      // Whatever is alive now and was not before is this tree.
+      const long long nodes = liveNodes() - nodesBefore;
+      const long long treeBytes = liveTreeBytes() - bytesBefore;
       totals.nodes += nodes;
       totals.treeBytes += treeBytes;
       const double ratio = bytes > 0 ? static_cast<double>(treeBytes) / bytes : 0;
