@@ -145,7 +145,16 @@ TEST(TreeBuild, ReleasingABuiltTreeReturnsEveryNodeToItsPool) {
   const int nodes = vnxSyntaxe::GetPoolLiveCount();
   const int instructions = vnxInstruction::GetPoolLiveCount();
   const int expressions = vnxExpression::GetPoolLiveCount();
+  const long long arrays = vnxSyntaxe::GetChildArrayBytes();
   {
+    std::string fifty;  // a root of 50 children: capacity 2, 7, ..., 52
+    for (int i = 0; i < 50; ++i) fifty += "a;";
+    {
+      BuiltTree flat(fifty, 1);
+      ASSERT_EQ(flat.root()->ChildCount(), 50);
+      EXPECT_EQ(vnxSyntaxe::GetChildArrayBytes() - arrays, static_cast<long long>(52 * sizeof(vnxSyntaxe*)));
+    }
+    EXPECT_EQ(vnxSyntaxe::GetChildArrayBytes(), arrays);
     BuiltTree ok("class A { int a; { b; } }; ;; f(); { { } }", 1);
     EXPECT_GT(vnxSyntaxe::GetPoolLiveCount(), nodes);
     EXPECT_GT(vnxInstruction::GetPoolLiveCount(), instructions);
@@ -160,6 +169,7 @@ TEST(TreeBuild, ReleasingABuiltTreeReturnsEveryNodeToItsPool) {
   EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), nodes);
   EXPECT_EQ(vnxInstruction::GetPoolLiveCount(), instructions);
   EXPECT_EQ(vnxExpression::GetPoolLiveCount(), expressions);
+  EXPECT_EQ(vnxSyntaxe::GetChildArrayBytes(), arrays);
 }
 
 TEST(TreeBuild, FiftyThousandInstructionsBuildAndWalkInLinearTime) {
