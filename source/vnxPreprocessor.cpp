@@ -48,10 +48,14 @@ inline bool dropsBlankBefore(char c) { return kPunctuation.flags[static_cast<uns
 // No blank follows these.
 inline bool dropsBlankAfter(char c) { return kPunctuation.flags[static_cast<unsigned char>(c)] & kDropsBlankAfter; }
 
-// What the scan loop does with a character outside literals: kPlain ones are
-// copied as they are, kSkippedBlank ones give at most one blank; both may
-// take the fast path, every other character needs the full loop.
-enum : unsigned char { kSlow = 0, kPlain = 1, kSkippedBlank = 2 };
+// What the scan loop does with a character outside literals. Every kind but
+// kSlow may take the fast path: kPlain ones are copied as they are,
+// kSkippedBlank ones give at most one blank, kNewline is a blank that also
+// ends the line (a directive may follow), kPunctuation drops the blank before
+// it, and kLookAround ones ('l', ')', 'Z', 'S') are plain unless the text
+// around them may be a rewritten keyword or a list macro. Every other
+// character needs the full loop.
+enum : unsigned char { kSlow = 0, kPlain, kSkippedBlank, kNewline, kPunctuationMark, kLookAround };
 
 struct ScanTable {
   unsigned char kind[256] = {};
@@ -60,10 +64,13 @@ struct ScanTable {
     for (int c = 0; c < 256; ++c) {
       if (isBlank(static_cast<char>(c))) kind[c] = kSkippedBlank;
     }
-    kind[0] = kind[static_cast<unsigned char>('\n')] = kSlow;
-    // Blank handling, comments, directives, literals, continuations, the
-    // keyword rewrites (ending in ')' or 'l') and the list macros.
-    for (const char* p = "(),;-}'\"*:/#\\lZS"; *p; ++p) kind[static_cast<unsigned char>(*p)] = kSlow;
+    kind[0] = kSlow;
+    kind[static_cast<unsigned char>('\n')] = kNewline;
+    // Blank handling only: none of these starts anything.
+    for (const char* p = "(,;-*:"; *p; ++p) kind[static_cast<unsigned char>(*p)] = kPunctuationMark;
+    for (const char* p = "l)ZS"; *p; ++p) kind[static_cast<unsigned char>(*p)] = kLookAround;
+    // Folds, literals, comments, directives and continuations.
+    for (const char* p = "}'\"/#\\"; *p; ++p) kind[static_cast<unsigned char>(*p)] = kSlow;
   }
 };
 const ScanTable kScan;
@@ -307,22 +314,51 @@ int vnxPreprocessor::copyPlainRun(int i) {
   const int regionRaw = _regionPosition;
   const int delta = _delta;
   const int end = static_cast<int>(limit);
+  char firstNonBlank = _firstNonBlank;
   for (; i < end; ++i) {
     const char c = work[i];
     const unsigned char kind = kScan.kind[static_cast<unsigned char>(c)];
     if (kind == kSlow) break;
-    if (kind == kSkippedBlank) {
+    bool dropBlank = false;
+    if (kind == kSkippedBlank || kind == kNewline) {
+      if (kind == kNewline) {
+        // A continuation's backslash leaves the output first.
+        if (length > 0 && out[length - 1] == '\\') break;
+        firstNonBlank = 0;
+      }
       if (length == 0) continue;
       const char previous = out[length - 1];
       if (isBlank(previous) || dropsBlankAfter(previous)) continue;
+    } else if (kind == kPunctuationMark) {
+      dropBlank = length > 0 && isBlank(out[length - 1]);
+    } else if (kind == kLookAround) {
+      // What follows may be "__stdcall", "_cdecl", "__declspec(dllexport)"
+      // and the like, or ZELLISTP / SEQUENCE: the full loop decides.
+      if (c == 'l') {
+        if (length >= 3 && ((out[length - 1] == 'l' && out[length - 2] == 'a' && out[length - 3] == 'c') ||
+                            (out[length - 1] == 'c' && out[length - 2] == 'e' && out[length - 3] == 'd')))
+          break;
+      } else if (c == ')') {
+        // The blank before it is dropped by the full loop, rarely needed.
+        if (length > 0 && isBlank(out[length - 1])) break;
+        if (length >= 2 && (out[length - 1] == 't' || out[length - 2] == 't')) break;
+      } else if (work[i + 1] == 'E') {
+        break;
+      }
     }
-    // Ten characters back may start "extern": the full loop looks at it.
-    if (length >= 9 && out[length - 9] == 'e') break;
-    if (kind == kPlain && _firstNonBlank == 0) _firstNonBlank = c;
-    out[length] = kind == kPlain ? c : ' ';
+    const int at = dropBlank ? length - 1 : length;
+    // At "extern" ten characters back, the full loop looks at the keyword.
+    if (at >= 9 && out[at - 9] == 'e' && out[at - 8] == 'x') break;
+    if (dropBlank) {
+      if (at <= _foldClose) _foldClose = -1;
+      length = at;
+    }
+    if (kind != kSkippedBlank && kind != kNewline && firstNonBlank == 0) firstNonBlank = c;
+    out[length] = kind == kSkippedBlank || kind == kNewline ? ' ' : c;
     map[length] = inRegion ? regionRaw : i - delta;
     ++length;
   }
+  _firstNonBlank = firstNonBlank;
   _outLength = length;
   return i;
 }
