@@ -309,15 +309,25 @@ int vnxPreprocessor::copyPlainRun(int i) {
   char* const out = _out;
   int* const map = _map;
   int length = _outLength;
-  // Inside an expansion every character maps to the macro name's place.
-  const bool inRegion = _regionActive;
-  const int regionRaw = _regionPosition;
-  const int delta = _delta;
+  // Inside an expansion every character maps to the macro name's place:
+  // map = i * step + base.
+  const int step = _regionActive ? 0 : 1;
+  const int base = _regionActive ? _regionPosition : -_delta;
   const int end = static_cast<int>(limit);
   char firstNonBlank = _firstNonBlank;
   for (; i < end; ++i) {
     const char c = work[i];
     const unsigned char kind = kScan.kind[static_cast<unsigned char>(c)];
+    // Ordinary characters first: they are most of the text.
+    if (kind == kPlain) {
+      // At "extern" ten characters back, the full loop looks at the keyword.
+      if (length >= 9 && out[length - 9] == 'e' && out[length - 8] == 'x') break;
+      if (firstNonBlank == 0) firstNonBlank = c;
+      out[length] = c;
+      map[length] = i * step + base;
+      ++length;
+      continue;
+    }
     if (kind == kSlow) break;
     bool dropBlank = false;
     if (kind == kSkippedBlank || kind == kNewline) {
@@ -328,7 +338,11 @@ int vnxPreprocessor::copyPlainRun(int i) {
       }
       if (length == 0) continue;
       const char previous = out[length - 1];
-      if (isBlank(previous) || dropsBlankAfter(previous)) continue;
+      if (isBlank(previous) || dropsBlankAfter(previous)) {
+        // The blanks that follow (an indentation) are dropped as well.
+        while (i + 1 < end && kScan.kind[static_cast<unsigned char>(work[i + 1])] == kSkippedBlank) ++i;
+        continue;
+      }
     } else if (kind == kPunctuationMark) {
       dropBlank = length > 0 && isBlank(out[length - 1]);
     } else if (kind == kLookAround) {
@@ -347,15 +361,15 @@ int vnxPreprocessor::copyPlainRun(int i) {
       }
     }
     const int at = dropBlank ? length - 1 : length;
-    // At "extern" ten characters back, the full loop looks at the keyword.
     if (at >= 9 && out[at - 9] == 'e' && out[at - 8] == 'x') break;
     if (dropBlank) {
       if (at <= _foldClose) _foldClose = -1;
       length = at;
     }
-    if (kind != kSkippedBlank && kind != kNewline && firstNonBlank == 0) firstNonBlank = c;
-    out[length] = kind == kSkippedBlank || kind == kNewline ? ' ' : c;
-    map[length] = inRegion ? regionRaw : i - delta;
+    const bool blank = kind == kSkippedBlank || kind == kNewline;
+    if (!blank && firstNonBlank == 0) firstNonBlank = c;
+    out[length] = blank ? ' ' : c;
+    map[length] = i * step + base;
     ++length;
   }
   _firstNonBlank = firstNonBlank;
