@@ -569,8 +569,9 @@ vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
   }
   if (keptBegin < i) keptBegin = i;
   if (keptEnd > groupEnd) keptEnd = groupEnd;
-  for (int k = i; k < keptBegin && k <= groupEnd; ++k) _work[k] = ' ';
-  for (int k = keptEnd + 1; k <= groupEnd; ++k) _work[k] = ' ';
+  const int headEnd = keptBegin < groupEnd + 1 ? keptBegin : groupEnd + 1;
+  if (headEnd > i) std::memset(_work + i, ' ', static_cast<size_t>(headEnd - i));
+  if (groupEnd > keptEnd) std::memset(_work + keptEnd + 1, ' ', static_cast<size_t>(groupEnd - keptEnd));
   noteBlankedAhead(keptEnd + 1, groupEnd, i);
 
   // Macro names in the blanked tail are gone; those before the kept text are skipped.

@@ -79,6 +79,17 @@ int scanDirectiveEnd(const char* text, vnxSourceFile* source, int outPos, ScanSt
       s.prevCol = s.col;
       return s.k;
     }
+    // Characters that change nothing but the column are stepped over as a run.
+    const size_t run = std::strcspn(text + s.k, quote == '"' ? "\"\\\n" : quote ? "'\\\n" : "\"'/\\\n");
+    if (run > 0) {
+      const unsigned int n = static_cast<unsigned int>(run);
+      s.prevLine = s.line;
+      s.prevCol = s.col + n - 1;
+      s.col += n;
+      s.backslashRun = 0;
+      s.k += static_cast<int>(run);
+      continue;
+    }
     if (quote) {
       if (c == quote && s.backslashRun % 2 == 0) quote = 0;
     } else if (c == '"' || c == '\'') {

@@ -151,13 +151,29 @@ TEST(PreproStream, EmptyTextAndSecondPass) {
 }
 
 TEST(PreproStream, CountsLinesAndCodeLines) {
-  vnxSourceFile* source =
-      new vnxSourceFile("// header\n\nint a;\n/* c */\nint b;\n\n", nullptr, TAFileName());
-  ASSERT_EQ(0, source->preProcess());
-  EXPECT_EQ("int a;int b;", std::string(source->GetStream()));
-  EXPECT_EQ(5, source->GetNbLine());
-  EXPECT_EQ(2, source->GetNbCodeLine());
-  source->Release();
+  // nbLine: the raw line of the stream's last character; nbCodeLine: the raw
+  // lines the stream's characters come from.
+  const struct {
+    const char* text;
+    const char* stream;
+    int lines;
+    int codeLines;
+  } rows[] = {
+      {"// header\n\nint a;\n/* c */\nint b;\n\n", "int a;int b;", 5, 2},
+      {"int a; int b;\n\n\nint c;", "int a;int b;int c;", 4, 2},
+      {"int f(int a,\n      int b);\n", "int f(int a,int b);", 2, 2},
+      {"#if 0\nint x;\nint z;\n#endif\nint y;\n", "int y;", 5, 1},
+      {"int a;\n#if 1\nint b;\n#else\nint c;\n#endif\nint d;\n", "int a;int b;int d;", 7, 3},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    vnxSourceFile* source = new vnxSourceFile(row.text, nullptr, TAFileName());
+    ASSERT_EQ(0, source->preProcess());
+    EXPECT_EQ(row.stream, std::string(source->GetStream()));
+    EXPECT_EQ(row.lines, source->GetNbLine());
+    EXPECT_EQ(row.codeLines, source->GetNbCodeLine());
+    source->Release();
+  }
 }
 
 }  // namespace
