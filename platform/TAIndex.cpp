@@ -28,6 +28,12 @@ TAIndex::~TAIndex() { Reset(); }
 
 int TAIndex::IsIn(const char* key) const {
   if (!key) return -1;
+  if (_entries.size() <= kLinearLimit) {
+    for (size_t i = 0; i < _entries.size(); ++i) {
+      if (std::strcmp(_entries[i].key, key) == 0) return static_cast<int>(i);
+    }
+    return -1;
+  }
   if (_stale) rebuild();
   auto it = _first.find(std::string_view(key));
   return it == _first.end() ? -1 : it->second;
@@ -38,8 +44,10 @@ int TAIndex::Append(const char* key, void* value) {
   const int position = static_cast<int>(_entries.size());
   char* owned = copyKey(key);
   _entries.push_back(Entry{owned, value});
+  // Small indexes have no table; the first look-up past the limit builds it.
   // While stale, the next look-up rebuilds everything anyway.
-  if (!_stale) _first.emplace(std::string_view(owned), position);
+  if (_entries.size() == kLinearLimit + 1) _stale = true;
+  else if (_entries.size() > kLinearLimit && !_stale) _first.emplace(std::string_view(owned), position);
   return position;
 }
 

@@ -1,7 +1,8 @@
 // TAIndex: an ordered index of C-string keys with one untyped value each.
 // Keys are copied and owned; values are not. Duplicate keys are allowed:
 // IsIn answers the first position of a key. Look-ups are expected O(1)
-// (hashed); RemovePosition is O(n) and defers the rehash to the next look-up,
+// (hashed past a few entries; a handful is compared in place, since many
+// indexes are short-lived and hold one or two keys); RemovePosition is O(n) and defers the rehash to the next look-up,
 // so a run of removals costs one rebuild.
 #ifndef TA_INDEX_H
 #define TA_INDEX_H
@@ -39,6 +40,8 @@ class VNX_EXPORT TAIndex {
     void* value;
   };
   void rebuild() const;
+
+  static constexpr size_t kLinearLimit = 8;
 
   std::vector<Entry> _entries;
   mutable std::unordered_map<std::string_view, int> _first;

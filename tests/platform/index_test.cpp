@@ -2,7 +2,9 @@
 // positions, owned keys, and copies.
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
+#include <vector>
 
 #include "TAIndex.h"
 
@@ -105,6 +107,39 @@ TEST(PlatformIndex, HundredThousandKeysAreFoundAtTheirPositions) {
   for (int i = 0; i < 10; ++i) index.RemovePosition(0);
   EXPECT_EQ(0, index.IsIn("key10"));
   EXPECT_EQ(n - 11, index.IsIn(("key" + std::to_string(n - 1)).c_str()));
+}
+
+TEST(PlatformIndex, LookUpsAgreeWithAPlainListWhileTheSizeCrossesTheHashingThreshold) {
+  // Appends, removals and look-ups interleaved at sizes around the point where
+  // the index starts hashing, checked against a list searched from the start.
+  std::mt19937 random(7);
+  TAIndex index;
+  std::vector<std::string> reference;
+  const char* const keys[] = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k"};
+  for (int step = 0; step < 4000; ++step) {
+    const unsigned roll = random() % 10;
+    if (roll < 6 && reference.size() < 20) {
+      const char* key = keys[random() % 11];
+      EXPECT_EQ(static_cast<int>(reference.size()), index.Append(key, nullptr));
+      reference.push_back(key);
+    } else if (roll < 9 && !reference.empty()) {
+      const int position = static_cast<int>(random() % reference.size());
+      index.RemovePosition(position);
+      reference.erase(reference.begin() + position);
+    } else if (roll == 9) {
+      index.Reset();
+      reference.clear();
+    }
+    ASSERT_EQ(static_cast<int>(reference.size()), index.Size());
+    if (random() % 3 == 0) continue;  // some changes pile up before a look-up
+    for (const char* key : keys) {
+      int expected = -1;
+      for (size_t i = 0; i < reference.size() && expected < 0; ++i) {
+        if (reference[i] == key) expected = static_cast<int>(i);
+      }
+      ASSERT_EQ(expected, index.IsIn(key)) << "key " << key << " at step " << step;
+    }
+  }
 }
 
 }  // namespace
