@@ -256,9 +256,13 @@ int vnxPreprocessor::run() {
 
 void vnxPreprocessor::setup(const char* raw, int rawSize) {
   _workRoom = kGrowth;
-  _buffer = static_cast<char*>(std::calloc(static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1, 1));
+  // Only the room before the text and its terminator need zeros: the text
+  // itself is copied over at once.
+  _buffer = static_cast<char*>(std::malloc(static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1));
+  std::memset(_buffer, 0, static_cast<size_t>(_workRoom));
   _work = _buffer + _workRoom;
   std::memcpy(_work, raw, static_cast<size_t>(rawSize));
+  _work[rawSize] = '\0';
   _workLength = rawSize;
   _outCapacity = rawSize + kGrowth + 1;
   _out = static_cast<char*>(std::malloc(static_cast<size_t>(_outCapacity)));
