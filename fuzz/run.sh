@@ -4,9 +4,9 @@
 # when any target finds a crash, a leak, a timeout or runs out of memory; the
 # reproducer is then under build-fuzz/artifacts/<target>/ and the log under
 # build-fuzz/logs/ (VNX_FUZZ_BUILD_DIR chooses another directory). An input
-# counts as a hang after VNX_FUZZ_TIMEOUT seconds (30: a few known slow
-# inputs, kept as disabled regression tests, take 5 to 15 s under the
-# sanitizers and are not hangs). Needs clang++
+# counts as a hang after VNX_FUZZ_TIMEOUT seconds (30: the slowest inputs
+# known, kept as regression tests, take seconds under the sanitizers and are
+# not hangs). Needs clang++
 # with libFuzzer (Debian: clang, libclang-rt-14-dev).
 #
 #   fuzz/run.sh [SECONDS]
