@@ -43,19 +43,20 @@ struct NameSpan {
 // '#', the keyword and the layout after it. Answers the name's span, or
 // begin -1 after writing the failure line (messages name the class).
 NameSpan findDefinedName(const char* text, int size, const char* className) {
-  const ZELString in = ZELString(" in ") + className + "::buildDefine";
+  // Built only for a message: a define that reads well costs no string.
+  const auto in = [className]() { return ZELString(" in ") + className + "::buildDefine"; };
   if (!text || size <= 0) {
-    vnxdiag::plain(ZELString(" -> !! Bad input") + in);
+    vnxdiag::plain(ZELString(" -> !! Bad input") + in());
     return {-1, -1};
   }
   if (text[0] != '#') {
-    vnxdiag::plain(ZELString(" -> !! Bad Position") + in);
+    vnxdiag::plain(ZELString(" -> !! Bad Position") + in());
     return {-1, -1};
   }
   int k = 1;
   while (vnxscan::isBlankOrTab(text[k])) ++k;
   if (text[k] == '\0') {
-    vnxdiag::plain(ZELString(" -> !! keyword include not found") + in);
+    vnxdiag::plain(ZELString(" -> !! keyword include not found") + in());
     return {-1, -1};
   }
   for (int letters = 0; letters < 6 && text[k] != '\0'; ++letters) ++k;
@@ -67,7 +68,7 @@ NameSpan findDefinedName(const char* text, int size, const char* className) {
   int end = k;
   while (vnxscan::isMacroNameChar(text[end])) ++end;
   if (end == k) {  // the end of the text, or nothing a name is made of
-    vnxdiag::plain(ZELString(" -> !! begin of _definedIdentifier not found") + in);
+    vnxdiag::plain(ZELString(" -> !! begin of _definedIdentifier not found") + in());
     return {-1, -1};
   }
   return {k, end};
