@@ -110,6 +110,12 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   int addOperand(int from, int to, const Split* hint);
   void addLeaf(int type, int begin, int size);
   void setOperator(const char* text, int length);
+  // A two-letter marker ("id", "dc"...): the operator text zero-padded.
+  void setMarker(const char (&marker)[3]) {
+    _operator[0] = marker[0];
+    _operator[1] = marker[1];
+    _operator[2] = _operator[3] = 0;
+  }
 
   char _operator[4] = {0, 0, 0, 0};
 };

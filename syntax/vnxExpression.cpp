@@ -170,8 +170,7 @@ vnxExpression* vnxExpression::CreateTAPExpression(vnxSyntaxe* father, int begin,
   void* block = nullptr;
   vnxExpression* node = expressionPool().getNew(&block);
   if (!node) return nullptr;
-  node->_ownerBlock = block;
-  node->create(kExpression, father, begin, size, posInFather);
+  vnxSyntaxeAccess::place(node, block, kExpression, father, begin, size, posInFather);
   return node;
 }
 
@@ -197,27 +196,40 @@ int vnxExpression::buildWith(const Split* hint) {
   if (!_source || !_streamAtBegin || !_source->GetStream()) return 0;
   const char* s = _source->GetStream();
   if (_begin < 0 || _begin + _size > _source->GetSize()) return 0;
+
+  // A single word, by far the most common text, holds no operator, no
+  // bracket and no blank: narrowing leaves it as it is, and every rule below
+  // ends at "id".
+  const int givenBegin = _begin;
+  const int givenEnd = _begin + _size;
+  int wordEnd = givenBegin;
+  while (wordEnd < givenEnd && isWordChar(s[wordEnd])) ++wordEnd;
+  if (wordEnd == givenEnd && _size > 0) {
+    setMarker("id");
+    addLeaf(kTAPIdentifiant, _begin, _size);
+    return 0;
+  }
   const int narrowed = narrow(s);
   if (narrowed <= 0) return narrowed < 0 ? 1 : 0;
   const int begin = _begin;
   const int end = _begin + _size;
-
-  // A single word, by far the most common text, holds no operator, no
-  // bracket and no blank: every rule below ends at "id".
-  int wordEnd = begin;
-  while (wordEnd < end && isWordChar(s[wordEnd])) ++wordEnd;
-  if (wordEnd == end) {
-    setOperator("id", 2);
-    addLeaf(kTAPIdentifiant, begin, _size);
-    return 0;
+  if (begin != givenBegin || end != givenEnd) {
+    // Narrowing may have left a single word.
+    wordEnd = begin;
+    while (wordEnd < end && isWordChar(s[wordEnd])) ++wordEnd;
+    if (wordEnd == end) {
+      setMarker("id");
+      addLeaf(kTAPIdentifiant, begin, _size);
+      return 0;
+    }
   }
 
   if (_size > 4 && (startsWith(s, begin, end, "new ") || startsWith(s, begin, end, "new("))) {
-    setOperator("nw", 2);
+    setMarker("nw");
     return addOperand(begin + (s[begin + 3] == ' ' ? 4 : 3), end, nullptr);
   }
   if (isLiteral(s, begin, end)) {
-    setOperator("st", 2);
+    setMarker("st");
     return 0;
   }
   Split split;
@@ -295,7 +307,7 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
     // (*f)(x) calls through a pointer; any other (type)operand is a cast.
     if (s[rest] == '(' && (s[inner] == '*' || s[inner] == '&') && SearchEndOfPar(s, rest, last) == last)
       return buildCall("mt", rest, last);
-    setOperator("ct", 2);
+    setMarker("ct");
     addLeaf(kTAPIdentifiant, inner, innerEnd - inner);
     return addOperand(close + 1, end, nullptr);
   }
@@ -325,7 +337,7 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
   };
   if (shape.groupClose == last && shape.groupKind == '(') return buildCall("mt", shape.groupOpen, last, prefixHint());
   if (shape.groupClose == last && shape.groupKind == '[') {
-    setOperator("in", 2);
+    setMarker("in");
     if (addOperand(begin, shape.groupOpen, prefixHint())) return 1;
     return addOperand(shape.groupOpen + 1, last, nullptr);
   }
@@ -334,11 +346,11 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
   // with the name (int x : 3 is int, then x : 3).
   const int blank = shape.colon >= 0 && shape.blankBeforeColon >= 0 ? shape.blankBeforeColon : shape.lastBlank;
   if (blank >= 0) {
-    setOperator("dc", 2);
+    setMarker("dc");
     if (addOperand(begin, blank, prefixHint())) return 1;
     return addOperand(blank + 1, end, nullptr);
   }
-  setOperator("id", 2);
+  setMarker("id");
   addLeaf(kTAPIdentifiant, begin, _size);
   return 0;
 }
@@ -372,9 +384,7 @@ int vnxExpression::addOperand(int from, int to, const Split* hint) {
 
 void vnxExpression::addLeaf(int type, int begin, int size) {
   vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
-  if (!leaf) return;
-  vnxSyntaxeAccess::append(this, leaf);
-  vnxSyntaxeAccess::dropBuilderHold(leaf);
+  vnxSyntaxeAccess::attachLeaf(this, leaf);
 }
 
 void vnxExpression::setOperator(const char* text, int length) {

@@ -209,8 +209,7 @@ vnxInstruction* vnxInstruction::CreateTAPInstruction(vnxSyntaxe* father, int beg
   void* block = nullptr;
   vnxInstruction* node = instructionPool().getNew(&block);
   if (!node) return nullptr;
-  node->_ownerBlock = block;
-  node->create(kInstruction, father, begin, size, posInFather);
+  vnxSyntaxeAccess::place(node, block, kInstruction, father, begin, size, posInFather);
   return node;
 }
 
@@ -420,7 +419,5 @@ int vnxInstruction::addBlock(const char* s, const Text& text, int open) {
 
 void vnxInstruction::addLeaf(int type, int begin, int size) {
   vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
-  if (!leaf) return;
-  vnxSyntaxeAccess::append(this, leaf);
-  vnxSyntaxeAccess::dropBuilderHold(leaf);
+  vnxSyntaxeAccess::attachLeaf(this, leaf);
 }

@@ -32,18 +32,9 @@ struct ReleaseQueue {
   bool draining = false;
 };
 
-ReleaseQueue& releaseQueue() {
-  static ReleaseQueue* queue = new ReleaseQueue;  // outlives static destruction
-  return *queue;
-}
+ReleaseQueue* const gReleaseQueue = new ReleaseQueue;  // outlives static destruction
 
-// Pointer to offset begin of source's stream, or null when the source has no
-// stream or begin lies outside it.
-const char* streamAt(vnxSourceFile* source, int begin) {
-  const char* stream = source ? source->GetStream() : nullptr;
-  if (!stream || begin < 0 || begin > source->GetSize()) return nullptr;
-  return stream + begin;
-}
+inline ReleaseQueue& releaseQueue() { return *gReleaseQueue; }
 
 }  // namespace
 
@@ -62,8 +53,7 @@ vnxSyntaxe* vnxSyntaxe::CreateTAPSyntaxe(int type, vnxSyntaxe* father, int begin
   void* block = nullptr;
   vnxSyntaxe* node = nodePool().getNew(&block);
   if (!node) return nullptr;
-  node->_ownerBlock = block;
-  node->create(type, father, begin, size, posInFather);
+  vnxSyntaxeAccess::place(node, block, type, father, begin, size, posInFather);
   return node;
 }
 
@@ -77,22 +67,11 @@ void vnxSyntaxe::create(int type, vnxSourceFile* file, int begin, int size, int 
   _depth = 0;
   _source = file;
   file->AddRef();
-  _streamAtBegin = streamAt(file, begin);
+  _streamAtBegin = vnxSyntaxeAccess::streamAt(file, begin);
 }
 
 void vnxSyntaxe::create(int type, vnxSyntaxe* father, int begin, int size, int posInFather) {
-  if (!father) return;
-  _type = type;
-  _begin = begin;
-  _size = size < 0 ? 0 : size;
-  _posInFather = posInFather;
-  _father = father;
-  _depth = father->_depth + 1;
-  _source = father->_source;
-  if (_source) {
-    _source->AddRef();
-    _streamAtBegin = streamAt(_source, begin);
-  }
+  vnxSyntaxeAccess::place(this, _ownerBlock, type, father, begin, size, posInFather);
 }
 
 vnxSyntaxe& vnxSyntaxe::operator=(const vnxSyntaxe& other) = default;
@@ -122,7 +101,7 @@ void vnxSyntaxe::Append(vnxSyntaxe* child) {
 }
 
 void vnxSyntaxe::Release() {
-  _listMacro.RemoveAll();
+  vnxSyntaxeAccess::emptyListMacro();
   ReleaseQueue& queue = releaseQueue();
   if (queue.draining) {
     queue.pending.push_back(this);

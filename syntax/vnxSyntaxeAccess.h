@@ -44,6 +44,35 @@ struct vnxSyntaxeAccess {
     return 0;
   }
 
+  // Places a node fresh from its pool under father, as create does. Inline,
+  // so that in the factories the pool's initialisation of the slot and this
+  // one are written as one: node creation is a good part of tree building.
+  static void place(vnxSyntaxe* node, void* block, int type, vnxSyntaxe* father, int begin, int size,
+                    int posInFather) {
+    node->_ownerBlock = block;
+    if (!father) return;
+    node->_type = type;
+    node->_begin = begin;
+    node->_size = size < 0 ? 0 : size;
+    node->_posInFather = posInFather;
+    node->_father = father;
+    node->_depth = father->_depth + 1;
+    vnxSourceFile* source = father->_source;
+    node->_source = source;
+    if (source) {
+      source->AddRef();
+      node->_streamAtBegin = streamAt(source, begin);
+    }
+  }
+
+  // Pointer to offset begin of source's stream, or null when the source has
+  // no stream or begin lies outside it.
+  static const char* streamAt(const vnxSourceFile* source, int begin) {
+    const char* stream = source->GetStream();
+    if (!stream || begin < 0 || begin > source->GetSize()) return nullptr;
+    return stream + begin;
+  }
+
   static ZELListValZELString& listMacro() { return vnxSyntaxe::_listMacro; }
   static void setType(vnxSyntaxe* node, int type) { node->_type = type; }
   // Append, with the two inline children taken here.
@@ -64,8 +93,27 @@ struct vnxSyntaxeAccess {
       child->Release();
       return;
     }
-    vnxSyntaxe::_listMacro.RemoveAll();
+    emptyListMacro();
     --child->_refCount;
+  }
+
+  // A node just created by a builder (count 1, the builder's hold) handed to
+  // father, the builder keeping nothing: the same as append then
+  // dropBuilderHold, the builder's hold becoming the father's.
+  static void attachLeaf(vnxSyntaxe* father, vnxSyntaxe* leaf) {
+    if (!leaf) return;
+    if (leaf->_refCount != 1 || father->_childCount >= 2) {
+      append(father, leaf);
+      dropBuilderHold(leaf);
+      return;
+    }
+    father->_firstChildren[father->_childCount++] = leaf;
+    emptyListMacro();
+  }
+
+  // What every Release does first.
+  static void emptyListMacro() {
+    if (vnxSyntaxe::_listMacro.Size() > 0) vnxSyntaxe::_listMacro.RemoveAll();
   }
 };
 

@@ -63,16 +63,27 @@ int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nestin
 // nesting levels its walk went down, and is used only where the cap is that
 // far away. Failures that set ErrMsg are not kept, so that the message is set
 // again each time, as it was.
+// A parenthesis whose forward walk met nothing but parentheses (no literal,
+// no bracket) is matched by depth counting alone, which reads the same both
+// ways: its closing one then gets the backward answer too, so that the
+// right-to-left operator search finds it kept.
 // Entries: 0 unknown, r + 1 a match at r, -(L + 1) a failure under limit L.
+// Outside a build every entry is 0: a build clears the ones it set (few, one
+// per bracket at most) rather than the whole table, so that starting a tree
+// costs nothing per character of its stream.
 struct MatchMemo {
   const char* stream = nullptr;  // the stream of the tree being built, or null
   int size = 0;
   std::vector<int> entries;
+  std::vector<int> touched;  // offsets whose entry the build under way set
   std::vector<unsigned short> levels;  // nesting levels below each kept walk
+  std::vector<unsigned char> plain;    // for a kept '(': its walk met parentheses only
+  unsigned mixed = 0;     // literals, brackets and mixed kept walks met by the walks, ever
   int deepest = 0;        // deepest nesting reached since the walk under way began
   unsigned capHits = 0;   // walks refused for their nesting, ever
   unsigned messages = 0;  // messages set by the walks, ever
   std::vector<int> openInner;  // inner brackets open in the walks under way
+  std::vector<unsigned> openMixed;  // mixed at each forward inner opening
 };
 
 MatchMemo* const gMemo = new MatchMemo;  // never destroyed: no order to mind at exit
@@ -103,11 +114,28 @@ inline void noteLevels(MatchMemo& memo, int at, int nesting) {
   if (reached > memo.deepest) memo.deepest = reached;
 }
 
+inline void setEntry(MatchMemo& memo, int at, int entry) {
+  int& slot = memo.entries[static_cast<size_t>(at)];
+  if (slot == 0) memo.touched.push_back(at);
+  slot = entry;
+}
+
 // The answer of an inner bracket at `at`, met by a walk at this nesting: the
 // levels that walk went down so far bound the inner walk's.
 inline void keepInner(MatchMemo& memo, int at, int answer, int nesting) {
-  memo.entries[static_cast<size_t>(at)] = answer + 1;
+  setEntry(memo, at, answer + 1);
   memo.levels[static_cast<size_t>(at)] = static_cast<unsigned short>(memo.deepest - nesting);
+}
+
+// A forward answer close for the parenthesis at open: when its walk met
+// parentheses only (mixed unchanged since mixedBefore), the backward answer
+// of close is open.
+inline void keepParenthesis(MatchMemo& memo, int open, int close, unsigned mixedBefore) {
+  const bool plain = memo.mixed == mixedBefore;
+  memo.plain[static_cast<size_t>(open)] = plain ? 1 : 0;
+  if (!plain || memo.entries[static_cast<size_t>(close)] != 0) return;
+  setEntry(memo, close, open + 1);
+  memo.levels[static_cast<size_t>(close)] = 0;
 }
 
 // The walk from `at` (a bracket of its kind) at this nesting, through the
@@ -125,6 +153,7 @@ int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool fo
   const int outerDeepest = memo.deepest;
   const unsigned capHits = memo.capHits;
   const unsigned messages = memo.messages;
+  const unsigned mixed = memo.mixed;
   memo.deepest = nesting;
   end = forward ? endOfMatching(kind, s, at, bound, nesting, 0) : beginOfMatching(kind, s, at, bound, nesting);
   const int levels = memo.deepest - nesting;
@@ -133,8 +162,12 @@ int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool fo
     if (end >= 0) entry = end + 1;
     else if (forward && memo.messages == messages) entry = -(bound + 1);
     if (entry != 0) {
-      memo.entries[static_cast<size_t>(at)] = entry;
+      setEntry(memo, at, entry);
       memo.levels[static_cast<size_t>(at)] = static_cast<unsigned short>(levels);
+      if (forward && kind == Closer::Par) {
+        if (end >= 0) keepParenthesis(memo, at, end, mixed);
+        else memo.plain[static_cast<size_t>(at)] = 0;
+      }
     }
   }
   if (outerDeepest > memo.deepest) memo.deepest = outerDeepest;
@@ -155,7 +188,9 @@ struct ForwardClasses {
     for (const char c : {'"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = kBlockStop | kParStop | kIndexStop;
     for (const char c : {'{', '}', '/'}) of[static_cast<unsigned char>(c)] |= kBlockStop;
     of[static_cast<unsigned char>(')')] |= kParStop;
-    of[static_cast<unsigned char>(']')] |= kIndexStop;
+    // A parenthesis walk passes over ']', but stops to note it: a backward
+    // walk would not pass over it.
+    of[static_cast<unsigned char>(']')] |= kIndexStop | kParStop;
   }
 };
 
@@ -280,7 +315,9 @@ int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, 
   const unsigned char mask = forwardMask(kind);
   const unsigned capHits = memo.capHits;
   std::vector<int>& open = memo.openInner;  // shared by nested walks, each above its base
+  std::vector<unsigned>& openMixed = memo.openMixed;
   const size_t base = open.size();
+  const size_t mixedBase = openMixed.size();
   int depth = 0;
   int result = -1;
   for (int i = from; i <= limit; ++i) {
@@ -290,20 +327,29 @@ int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, 
     }
     if (i > limit) break;
     const char c = s[i];
-    if (keep && c == opener && i != from) {
-      int end = -1;
-      if (keptAnswer(memo, i, nesting, true, limit, end) && end >= 0) {
-        noteLevels(memo, i, nesting);
-        i = end;
-        continue;
+    if (keep) {
+      if (c == '"' || c == '\'' || c == '[' || c == ']' || (c == 'L' && i < limit && isQuote(s[i + 1]))) ++memo.mixed;
+      if (c == opener && i != from) {
+        int end = -1;
+        if (keptAnswer(memo, i, nesting, true, limit, end) && end >= 0) {
+          noteLevels(memo, i, nesting);
+          if (kind != Closer::Par || !memo.plain[static_cast<size_t>(i)]) ++memo.mixed;
+          i = end;
+          continue;
+        }
+        open.push_back(i);
+        openMixed.push_back(memo.mixed);
       }
-      open.push_back(i);
     }
     i = stepForward(kind, s, i, limit, depth, nesting, withComments);
     if (i < 0) break;
     if (keep && c == closer && open.size() > base) {
-      if (memo.capHits == capHits) keepInner(memo, open.back(), i, nesting);
+      if (memo.capHits == capHits) {
+        keepInner(memo, open.back(), i, nesting);
+        if (kind == Closer::Par) keepParenthesis(memo, open.back(), i, openMixed.back());
+      }
       open.pop_back();
+      openMixed.pop_back();
     }
     if (depth == 0) {
       if (i <= limit) result = i;
@@ -311,6 +357,7 @@ int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, 
     }
   }
   open.resize(base);
+  openMixed.resize(mixedBase);
   return result;
 }
 
@@ -431,8 +478,10 @@ vnxscan::MatchMemoScope::MatchMemoScope(const char* stream, int size) {
   if (memo.stream || !stream || size <= 0) return;  // an outer build keeps its own
   memo.stream = stream;
   memo.size = size;
-  memo.entries.assign(static_cast<size_t>(size), 0);
+  // Entries left by earlier builds are all 0 already; only new room is zeroed.
+  if (memo.entries.size() < static_cast<size_t>(size)) memo.entries.resize(static_cast<size_t>(size), 0);
   if (memo.levels.size() < static_cast<size_t>(size)) memo.levels.resize(static_cast<size_t>(size));
+  if (memo.plain.size() < static_cast<size_t>(size)) memo.plain.resize(static_cast<size_t>(size));
   _active = true;
 }
 
@@ -441,12 +490,16 @@ vnxscan::MatchMemoScope::~MatchMemoScope() {
   MatchMemo& memo = *gMemo;
   memo.stream = nullptr;
   memo.size = 0;
+  for (const int at : memo.touched) memo.entries[static_cast<size_t>(at)] = 0;
+  memo.touched.clear();
   // Kept for the next tree, unless a very large stream made them big.
   constexpr size_t kKeptOffsets = size_t{1} << 20;
   if (memo.entries.capacity() > kKeptOffsets) {
     std::vector<int>().swap(memo.entries);
     std::vector<unsigned short>().swap(memo.levels);
+    std::vector<unsigned char>().swap(memo.plain);
   }
+  if (memo.touched.capacity() > kKeptOffsets) std::vector<int>().swap(memo.touched);
 }
 
 // --- forward matching ---------------------------------------------------------------
@@ -672,8 +725,11 @@ int endOfAccessLabel(const char* s, int from, int limit) {
 }
 
 bool startsWithAny(const char* s, int i, int limit, const char* const* words) {
-  for (; *words; ++words)
+  if (i < 0 || i > limit) return false;
+  for (; *words; ++words) {
+    if ((*words)[0] != s[i]) continue;  // most words differ at once: no length needed
     if (startsWith(s, i, limit, *words, static_cast<int>(std::strlen(*words)))) return true;
+  }
   return false;
 }
 

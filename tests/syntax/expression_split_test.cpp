@@ -219,3 +219,20 @@ TEST(ExpressionSplit, UnclosedBracketsAndLiteralsFailButKeepWhatWasBuilt) {
 }
 
 }  // namespace
+
+// The bracket answers kept while one tree is built are forgotten before the
+// next: each text below has its brackets where the one before had others,
+// matching elsewhere, and must come out as if built alone.
+TEST(ExpressionSplit, EachTreeReadsOnlyItsOwnBracketAnswers) {
+  static const Row rows[] = {
+      {"f((a),b);", "stmt[mt(f,args(a,b))]"},
+      {"f((a,b));", "stmt[mt(f,args(,(a,b)))]"},
+      {"x=(a)+(b);", "stmt[=(x,+(a,b))]"},
+      {"x=(a+(b));", "stmt[=(x,+(a,b))]"},
+      {"y=a[(b)][c];", "stmt[=(y,in(in(a,b),c))]"},
+      {"y=a[(b)[c]];", "stmt[=(y,in(a,ct(#b,in(~,c))))]"},  // (b) casts [c]
+      {"{a;}{b;}", "{stmt[a]} | {stmt[b]}"},
+      {"{a;{b;}}", "{stmt[a];{stmt[b]}}"},
+  };
+  exprtest::expectTrees<exprtest::ParsedText>(rows, sizeof(rows) / sizeof(rows[0]));
+}
