@@ -75,12 +75,14 @@ int blockCommentEnd(const char* text, int pos) {
 // End of a line comment opened at pos: the character before the first newline
 // that no backslash precedes, or the last character of the text.
 int lineCommentEnd(const char* text, int pos) {
-  int k = pos;
-  while (text[k] != '\0') {
-    if (text[k] == '\n' && !(k > pos && text[k - 1] == '\\')) return k - 1;
-    ++k;
+  const char* p = text + pos;
+  for (;;) {
+    const char* newline = std::strchr(p, '\n');
+    if (!newline) return static_cast<int>(p - text + std::strlen(p)) - 1;
+    const int k = static_cast<int>(newline - text);
+    if (!(k > pos && text[k - 1] == '\\')) return k - 1;
+    p = newline + 1;
   }
-  return k - 1;
 }
 
 }  // namespace

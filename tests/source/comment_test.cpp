@@ -38,6 +38,8 @@ TEST(CommentSpan, CommentsEndWhereTheirKindSaysAndKnowEveryCharactersPlace) {
       {true, "// a\nb", 0, 1, 1, "// a", 1, 4},
       {true, "// a \\\n b\nc", 0, 1, 1, "// a \\\n b", 2, 2},
       {true, "//", 0, 1, 1, "//", 1, 2},
+      {true, "// a\\\n\\\nb\nc", 0, 1, 1, "// a\\\n\\\nb", 3, 1},
+      {true, "x // to \\\n the end", 2, 1, 3, "// to \\\n the end", 2, 8},
       {true, "int y; // c\r\nz", 7, 5, 8, "// c\r", 5, 12},
       {true, "// a /* b\n */", 0, 1, 1, "// a /* b", 1, 9},
       {false, nullptr, 0, 1, 1, nullptr, 0, 0},
