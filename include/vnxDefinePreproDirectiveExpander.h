@@ -25,13 +25,13 @@ class VNX_EXPORT vnxDefinePreproDirectiveExpander {
     kMaxDepth = 64,                     // macros expanded inside one another
     kMaxArgumentPasses = 16,            // re-expansion passes over one argument
     kMaxOutputSize = 16 * 1024 * 1024,  // characters of any replacement
-    kMaxWork = 64 * 1024 * 1024,        // characters produced in all, nested levels included
+    kMaxWork = 16 * 1024 * 1024,        // characters produced in all, nested levels included
     // Once expansions that failed have spent this much work, each later one
     // may spend only kReducedWork: a text calling a runaway macro many times
     // (its calls nested in one another's arguments fail one after the other)
     // costs a bounded amount, while one runaway call leaves the next
     // expansions their whole bound.
-    kMaxFailedWork = 64 * 1024 * 1024,
+    kMaxFailedWork = 16 * 1024 * 1024,
     kReducedWork = 64 * 1024
   };
 

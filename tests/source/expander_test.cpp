@@ -239,8 +239,8 @@ TEST(Expander, FailedExpansionsPastTheirTotalLeaveLaterOnesASmallBound) {
   MacroFile macros(defines, registered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
 
-  // 2^18 copies of a name: far past the reduced bound, within the whole one.
-  const std::string wide = "EXP_WIDE22";
+  // 2^16 copies of a name: far past the reduced bound, within the whole one.
+  const std::string wide = "EXP_WIDE24";
   EXPECT_EQ(0, expandAt(expander, wide).status);
   int failures = 0;
   while (failures < 8 && expandAt(expander, wide).status == 0) {
