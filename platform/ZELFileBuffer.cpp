@@ -37,10 +37,27 @@ void ZELFileBuffer::load() {
   FILE* file = std::fopen(_fileName.c_str(), "rb");
   if (!file) return;
   // Read in chunks rather than trusting a size from seek/tell: pipes and
-  // special files have none.
+  // special files have none. A regular file's size is still the first
+  // capacity asked for, so that a large file is read without regrowing.
   size_t capacity = 1 << 16;
+  if (std::fseek(file, 0, SEEK_END) == 0) {
+    const long end = std::ftell(file);
+    if (std::fseek(file, 0, SEEK_SET) != 0) {  // a file that seeks one way only
+      std::fclose(file);
+      return;
+    }
+    if (end >= 0 && static_cast<unsigned long>(end) < std::numeric_limits<unsigned int>::max() / 2 &&
+        static_cast<size_t>(end) + 1 > capacity)
+      capacity = static_cast<size_t>(end) + 1;
+  } else {
+    std::clearerr(file);
+  }
   size_t size = 0;
   char* text = static_cast<char*>(std::malloc(capacity + 1));
+  if (!text) {
+    std::fclose(file);
+    return;
+  }
   bool failed = false;
   for (;;) {
     if (size == capacity) {

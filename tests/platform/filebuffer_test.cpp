@@ -28,6 +28,9 @@ TEST(PlatformFileBuffer, ReadsWholeFilesExactlyAndTerminatesThem) {
       {"empty.h", ""},
       {"nul.h", std::string("a\0b\0", 4)},
       {"big.h", big},  // larger than one read chunk
+      {"chunk-1.h", std::string(65535, 'a')},  // around the first read's size
+      {"chunk.h", std::string(65536, 'b')},
+      {"chunk+1.h", std::string(65537, 'c')},
       {"high.h", "caf\xC3\xA9 \xFF"},
   };
   for (const auto& row : rows) {
@@ -40,6 +43,25 @@ TEST(PlatformFileBuffer, ReadsWholeFilesExactlyAndTerminatesThem) {
     EXPECT_EQ('\0', buffer->getBuffer()[buffer->getBufferSize()]) << row.name;
     buffer->destroy();
   }
+}
+
+// Files whose size the system does not tell (it says 0) are read to their end.
+TEST(PlatformFileBuffer, FilesWithoutASizeAreReadToTheirEnd) {
+  const char* name = "/proc/self/status";
+  FILE* probe = std::fopen(name, "rb");
+  if (!probe) GTEST_SKIP() << name << " is not there";
+  std::string expected;
+  char chunk[4096];
+  for (size_t got; (got = std::fread(chunk, 1, sizeof chunk, probe)) > 0;) expected.append(chunk, got);
+  std::fclose(probe);
+  ZELFileBuffer* buffer = ZELFileBuffer::CreateFromFile(name);
+  ASSERT_EQ(1, buffer->isReadable());
+  // The process's own status changes between reads only in its counters:
+  // the first line, its name, is the same.
+  const std::string text = contentOf(buffer);
+  EXPECT_GT(text.size(), 0u);
+  EXPECT_EQ(expected.substr(0, expected.find('\n')), text.substr(0, text.find('\n')));
+  buffer->destroy();
 }
 
 TEST(PlatformFileBuffer, UnreadableNamesGiveANullBufferOfSizeZero) {
