@@ -62,3 +62,10 @@ size_t benchCorpusBytes() {
   for (const BenchFile& f : benchCorpus()) total += f.text.size();
   return total;
 }
+
+const std::vector<BenchFile>* benchCorpusOrSkip(benchmark::State& state) {
+  const std::vector<BenchFile>& files = benchCorpus();
+  if (!files.empty()) return &files;
+  state.SkipWithError("no corpus: run bench/corpora.sh or set VNX_BENCH_LIST");
+  return nullptr;
+}

@@ -2,8 +2,14 @@
 #ifndef VNX_BENCH_CORPUS_H
 #define VNX_BENCH_CORPUS_H
 
+#include <benchmark/benchmark.h>
+
+#include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include "wbStream.h"
 
 struct BenchFile {
   std::string name;
@@ -16,5 +22,16 @@ struct BenchFile {
 // bench/corpora.sh installs). Loaded once per process.
 const std::vector<BenchFile>& benchCorpus();
 size_t benchCorpusBytes();
+
+// The corpus, or null after marking the benchmark skipped when there is none.
+const std::vector<BenchFile>* benchCorpusOrSkip(benchmark::State& state);
+
+// Keeps the library's diagnostics off the terminal while alive.
+struct Silence {
+  std::ostringstream sink;
+  std::ostream* previous;
+  Silence() : previous(wbStderr.setTarget(&sink)) {}
+  ~Silence() { wbStderr.setTarget(previous); }
+};
 
 #endif

@@ -12,19 +12,10 @@
 namespace {
 
 // Diagnostics of odd corpus files would otherwise dominate the timing.
-struct Silence {
-  std::ostringstream sink;
-  std::ostream* previous;
-  Silence() : previous(wbStderr.setTarget(&sink)) {}
-  ~Silence() { wbStderr.setTarget(previous); }
-};
-
 void BM_PreprocessCorpus(benchmark::State& state) {
-  const auto& files = benchCorpus();
-  if (files.empty()) {
-    state.SkipWithError("no corpus: run bench/corpora.sh or set VNX_BENCH_LIST");
-    return;
-  }
+  const std::vector<BenchFile>* corpus = benchCorpusOrSkip(state);
+  if (!corpus) return;
+  const std::vector<BenchFile>& files = *corpus;
   Silence silence;
   for (auto _ : state) {
     for (const BenchFile& f : files) {

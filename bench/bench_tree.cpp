@@ -15,13 +15,6 @@
 
 namespace {
 
-struct Silence {
-  std::ostringstream sink;
-  std::ostream* previous;
-  Silence() : previous(wbStderr.setTarget(&sink)) {}
-  ~Silence() { wbStderr.setTarget(previous); }
-};
-
 long long countNodes(vnxSyntaxe* root) {
   long long count = 0;
   std::vector<vnxSyntaxe*> stack{root};
@@ -35,11 +28,9 @@ long long countNodes(vnxSyntaxe* root) {
 }
 
 void BM_PreprocessAndBuildCorpus(benchmark::State& state) {
-  const auto& files = benchCorpus();
-  if (files.empty()) {
-    state.SkipWithError("no corpus: run bench/corpora.sh or set VNX_BENCH_LIST");
-    return;
-  }
+  const std::vector<BenchFile>* corpus = benchCorpusOrSkip(state);
+  if (!corpus) return;
+  const std::vector<BenchFile>& files = *corpus;
   Silence silence;
   long long nodes = 0;
   for (auto _ : state) {
@@ -70,11 +61,9 @@ BENCHMARK(BM_PreprocessAndBuildCorpus)->Unit(benchmark::kMillisecond);
 // (bytes are those of the preprocessed streams); the build_ms and release_ms
 // counters split one pass over the corpus between the two.
 void BM_BuildAndReleaseTrees(benchmark::State& state) {
-  const auto& files = benchCorpus();
-  if (files.empty()) {
-    state.SkipWithError("no corpus: run bench/corpora.sh or set VNX_BENCH_LIST");
-    return;
-  }
+  const std::vector<BenchFile>* corpus = benchCorpusOrSkip(state);
+  if (!corpus) return;
+  const std::vector<BenchFile>& files = *corpus;
   Silence silence;
   std::vector<vnxSourceFile*> sources;
   for (const BenchFile& f : files) {
