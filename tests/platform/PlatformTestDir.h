@@ -18,9 +18,7 @@ class ScratchDir {
  public:
   ScratchDir() {
     std::string pattern = testing::TempDir() + "vnx_platform_XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data())) _path = buffer.data();
+    if (mkdtemp(&pattern[0])) _path = pattern;
   }
   ~ScratchDir() {
     for (auto it = _created.rbegin(); it != _created.rend(); ++it) std::remove(it->c_str());
@@ -32,19 +30,19 @@ class ScratchDir {
   const std::string& path() const { return _path; }
   // Writes a file (parents created by subdir) and answers its full name.
   std::string file(const std::string& relative, const std::string& content) {
-    const std::string name = _path + "/" + relative;
-    std::ofstream(name, std::ios::binary) << content;
-    _created.push_back(name);
-    return name;
+    std::ofstream(_path + "/" + relative, std::ios::binary) << content;
+    return remember(relative);
   }
   std::string subdir(const std::string& relative) {
-    const std::string name = _path + "/" + relative;
-    mkdir(name.c_str(), 0755);
-    _created.push_back(name);
-    return name;
+    mkdir((_path + "/" + relative).c_str(), 0755);
+    return remember(relative);
   }
 
  private:
+  std::string remember(const std::string& relative) {
+    _created.push_back(_path + "/" + relative);
+    return _created.back();
+  }
   std::string _path;
   std::vector<std::string> _created;
 };

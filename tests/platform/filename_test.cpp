@@ -11,11 +11,7 @@
 namespace {
 
 TEST(PlatformFileName, JoinPutsExactlyOneSeparatorBetweenNonEmptyParts) {
-  const struct {
-    const char* dir;
-    const char* child;
-    const char* joined;
-  } rows[] = {
+  const struct { const char* dir; const char* child; const char* joined; } rows[] = {
       {"a", "b", "a/b"},     {"a/", "b", "a/b"},   {"a", "/b", "a/b"}, {"a/", "/b", "a/b"},
       {"/", "b", "/b"},      {"", "b", "b"},       {"a", "", "a"},     {"a", nullptr, "a"},
       {"a/b", "c/d.h", "a/b/c/d.h"},
@@ -27,11 +23,7 @@ TEST(PlatformFileName, JoinPutsExactlyOneSeparatorBetweenNonEmptyParts) {
 }
 
 TEST(PlatformFileName, DirnameAndBasenameSplitAtTheLastSlash) {
-  const struct {
-    const char* name;
-    const char* dir;
-    const char* base;
-  } rows[] = {
+  const struct { const char* name; const char* dir; const char* base; } rows[] = {
       {"a/b/c.h", "a/b", "c.h"}, {"c.h", ".", "c.h"}, {"/c.h", "/", "c.h"}, {"/", "/", ""},
       {"a/", "a", ""},           {"", ".", ""},       {"./x", ".", "x"},
   };
@@ -42,9 +34,7 @@ TEST(PlatformFileName, DirnameAndBasenameSplitAtTheLastSlash) {
 }
 
 TEST(PlatformFileName, NullNamesAndDirectoryTests) {
-  EXPECT_EQ(1, TAFileName().IsNull());
-  EXPECT_EQ(1, TAFileName(nullptr).IsNull());
-  EXPECT_EQ(1, TAFileName("").IsNull());
+  EXPECT_TRUE(TAFileName().IsNull() && TAFileName(nullptr).IsNull() && TAFileName("").IsNull());
   EXPECT_EQ(0, TAFileName("x").IsNull());
   EXPECT_STREQ("", TAFileName(nullptr));  // the C-string view is never null
 
@@ -54,9 +44,7 @@ TEST(PlatformFileName, NullNamesAndDirectoryTests) {
   const std::string sub = dir.subdir("sub");
   EXPECT_EQ(1, TAFileName(dir.path().c_str()).IsDirectory());
   EXPECT_EQ(1, TAFileName(sub.c_str()).IsDirectory());
-  EXPECT_EQ(0, TAFileName(file.c_str()).IsDirectory());
-  EXPECT_EQ(0, TAFileName((dir.path() + "/missing").c_str()).IsDirectory());
-  EXPECT_EQ(0, TAFileName().IsDirectory());
+  for (const std::string& no : {file, dir.path() + "/missing", std::string()}) EXPECT_EQ(0, TAFileName(no.c_str()).IsDirectory()) << no;
   EXPECT_TRUE(TAFileName("a/b") == TAFileName("a").Join("b"));
   EXPECT_TRUE(TAFileName("a/b") != TAFileName("a/c"));
 }
@@ -78,17 +66,14 @@ TEST(PlatformPathFinder, TheFirstDirectoryHoldingTheFileWins) {
   finder.AddDirectory((second + "/").c_str());
   EXPECT_EQ(2, finder.GetDirectoryCount());
   EXPECT_STREQ(first.c_str(), finder.GetDirectory(1));
-  EXPECT_EQ(nullptr, finder.GetDirectory(0));
-  EXPECT_EQ(nullptr, finder.GetDirectory(3));
+  EXPECT_TRUE(finder.GetDirectory(0) == nullptr && finder.GetDirectory(3) == nullptr);
 
   EXPECT_EQ(first + "/both.h", finder.SearchFor("both.h").GetPtrToFullname());
   EXPECT_EQ(onlySecond, finder.SearchFor("only.h").GetPtrToFullname());
   EXPECT_EQ(second + "/sub/deep.h", finder.SearchFor("sub/deep.h").GetPtrToFullname());
   // Directories are not files, and absent names are not found.
-  EXPECT_EQ(1, finder.SearchFor("sub").IsNull());
-  EXPECT_EQ(1, finder.SearchFor("missing.h").IsNull());
-  EXPECT_EQ(1, finder.SearchFor("").IsNull());
-  EXPECT_EQ(1, finder.SearchFor(nullptr).IsNull());
+  for (const char* absent : {"sub", "missing.h", "", static_cast<const char*>(nullptr)})
+    EXPECT_EQ(1, finder.SearchFor(absent).IsNull()) << (absent ? absent : "null");
   // Absolute names are answered as they are, when they exist.
   EXPECT_EQ(secondBoth, finder.SearchFor(secondBoth.c_str()).GetPtrToFullname());
   EXPECT_EQ(1, finder.SearchFor((root.path() + "/nowhere.h").c_str()).IsNull());
@@ -99,8 +84,7 @@ TEST(PlatformPathFinder, WithExtensionReplacesOnlyTheLastElementsExtension) {
   EXPECT_STREQ("a/b.c.idl", wbFileName("a/b.c.h").WithExtension("idl").GetPtrToFullname());
   EXPECT_STREQ("a.b/c.idl", wbFileName("a.b/c").WithExtension("idl").GetPtrToFullname());
   EXPECT_STREQ("noext.h", wbFileName("noext").WithExtension("h").GetPtrToFullname());
-  EXPECT_EQ(1, wbFileName().IsNull());
-  EXPECT_EQ(1, wbFileName(nullptr).IsNull());
+  EXPECT_TRUE(wbFileName().IsNull() && wbFileName(nullptr).IsNull());
   EXPECT_STREQ("", wbFileName(nullptr).GetPtrToFullname());
 }
 

@@ -22,20 +22,14 @@ TEST(CommentTag, ATagGivesTheRestOfItsLineWithoutTheClosingMarker) {
     std::vector<std::string> values;  // of getTagValues
   };
   const std::vector<Case> cases = {
-      {"/* owner alpha */", "owner", 0, "alpha ", {"alpha "}},
-      {"// owner: x", "owner", 0, ": x", {": x"}},
-      {"// owner: x", "owner:", 0, "x", {"x"}},
-      {"// ownerX y", "owner", 1, kNone, {}},
-      {"// owner_y z", "owner", 1, kNone, {}},
+      {"/* owner alpha */", "owner", 0, "alpha ", {"alpha "}}, {"// owner: x", "owner", 0, ": x", {": x"}},
+      {"// owner: x", "owner:", 0, "x", {"x"}}, {"// ownerX y", "owner", 1, kNone, {}},
+      {"// owner_y z", "owner", 1, kNone, {}}, {"// o_o o x", "o", 0, "o x", {"o x", "x"}},
       {"/* xowner v */", "owner", 0, "v ", {"v "}},  // nothing is checked before the tag
-      {"// o_o o x", "o", 0, "o x", {"o x", "x"}},
-      {"/* owner\n * owner\tb */", "owner", 0, kNone, {"", "b "}},
-      {"/* owner v\r\n */", "owner", 0, "v\r", {"v\r"}},
+      {"/* owner\n * owner\tb */", "owner", 0, kNone, {"", "b "}}, {"/* owner v\r\n */", "owner", 0, "v\r", {"v\r"}},
       {"/* owner */", "owner", 0, "*/", {"*/"}},  // only a value longer than the marker loses it
-      {"/* owner ab*/", "owner", 0, "ab", {"ab"}},
-      {"// owner abc*/", "owner", 0, "abc*/", {"abc*/"}},
-      {"// owner \t ", "owner", 0, kNone, {""}},
-      {"// owner x", "", 1, kNone, {}},
+      {"/* owner ab*/", "owner", 0, "ab", {"ab"}}, {"// owner abc*/", "owner", 0, "abc*/", {"abc*/"}},
+      {"// owner \t ", "owner", 0, kNone, {""}}, {"// owner x", "", 1, kNone, {}},
       {"// owner x", nullptr, 1, kNone, {}},
   };
   for (const Case& t : cases) {

@@ -1,5 +1,4 @@
-// Comments: where block and line comments end, where each of their characters
-// stood, comments built from a string, and the pools they come from.
+// Comments: where block and line comments end, each character's place, comments from a string, their pools.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -28,24 +27,16 @@ TEST(CommentSpan, CommentsEndWhereTheirKindSaysAndKnowEveryCharactersPlace) {
     unsigned endLine, endCol;
   };
   const Case cases[] = {
-      {false, "/* a */ int x;", 0, 1, 1, "/* a */", 1, 7},
-      {false, "/* a\n  b */x", 0, 1, 1, "/* a\n  b */", 2, 6},
-      {false, "/**/", 0, 1, 1, "/**/", 1, 4},
-      // A slash right after the opening star does not close the comment.
-      {false, "/*/ x */y", 0, 1, 1, "/*/ x */", 1, 8},
-      {false, "/* open\nto the end", 0, 1, 1, "/* open\nto the end", 2, 10},
-      {false, "x = 1; /* c */", 7, 3, 8, "/* c */", 3, 14},
-      {true, "// a\nb", 0, 1, 1, "// a", 1, 4},
-      {true, "// a \\\n b\nc", 0, 1, 1, "// a \\\n b", 2, 2},
-      {true, "//", 0, 1, 1, "//", 1, 2},
+      {false, "/* a */ int x;", 0, 1, 1, "/* a */", 1, 7}, {false, "/* a\n  b */x", 0, 1, 1, "/* a\n  b */", 2, 6},
+      {false, "/**/", 0, 1, 1, "/**/", 1, 4}, {false, "/* open\nto the end", 0, 1, 1, "/* open\nto the end", 2, 10},
+      {false, "/*/ x */y", 0, 1, 1, "/*/ x */", 1, 8},  // a slash right after the opening star does not close
+      {false, "x = 1; /* c */", 7, 3, 8, "/* c */", 3, 14}, {true, "// a\nb", 0, 1, 1, "// a", 1, 4},
+      {true, "// a \\\n b\nc", 0, 1, 1, "// a \\\n b", 2, 2}, {true, "//", 0, 1, 1, "//", 1, 2},
       {true, "// a\\\n\\\nb\nc", 0, 1, 1, "// a\\\n\\\nb", 3, 1},
       {true, "x // to \\\n the end", 2, 1, 3, "// to \\\n the end", 2, 8},
-      {true, "int y; // c\r\nz", 7, 5, 8, "// c\r", 5, 12},
-      {true, "// a /* b\n */", 0, 1, 1, "// a /* b", 1, 9},
-      {false, nullptr, 0, 1, 1, nullptr, 0, 0},
-      {true, "//", -1, 1, 1, nullptr, 0, 0},
-      {false, "/**/", 0, 0, 1, nullptr, 0, 0},
-      {true, "//", 0, 1, 0, nullptr, 0, 0},
+      {true, "int y; // c\r\nz", 7, 5, 8, "// c\r", 5, 12}, {true, "// a /* b\n */", 0, 1, 1, "// a /* b", 1, 9},
+      {false, nullptr, 0, 1, 1, nullptr, 0, 0}, {true, "//", -1, 1, 1, nullptr, 0, 0},
+      {false, "/**/", 0, 0, 1, nullptr, 0, 0}, {true, "//", 0, 1, 0, nullptr, 0, 0},
   };
   for (const Case& t : cases) {
     SCOPED_TRACE(t.text ? t.text : "<null>");

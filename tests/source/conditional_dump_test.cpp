@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "TestSupport.h"
 #include "vnxPreproConditionalGroup.h"
@@ -17,35 +16,15 @@ TEST(ConditionalDump, AGroupDumpsItsDirectivesBetweenTheFrenchBanners) {
   ASSERT_NE(nullptr, group);
   StreamCapture capture(wbStdout);
   group->dump();
-  const std::vector<std::string> expected = {
-      "************* Groupe de directives ***************",
-      "#### vnxZELPreproDirective",
-      "## preproString",
-      "#if defined(A) || B",
-      "## preproType : Conditional",
-      "   type:3",
-      "   control condition: defined ( A ) || B",
-      "   Debut. Pos:20 Line:2 Col:1",
-      "   Fin. Pos:21 Line:2 Col:2",
-      "#### vnxZELPreproDirective",
-      "## preproString",
-      "#else ",
-      "## preproType : Conditional",
-      "   type:5",
-      "   control condition:",
-      "   Debut. Pos:37 Line:4 Col:1",
-      "   Fin. Pos:38 Line:4 Col:2",
-      "#### vnxZELPreproDirective",
-      "## preproString",
-      "#endif",
-      "## preproType : Conditional",
-      "   type:6",
-      "   control condition:",
-      "   Debut. Pos:45 Line:5 Col:7",
-      "   Fin. Pos:45 Line:5 Col:7",
-      "************* Fin groupe de directives ***************",
-  };
-  EXPECT_EQ(expected, capture.lines());
+  const char* const head = "#### vnxZELPreproDirective\n## preproString\n";
+  const char* const kind = "## preproType : Conditional\n   type:";
+  EXPECT_EQ(std::string("************* Groupe de directives ***************\n") + head + "#if defined(A) || B\n" +
+                kind + "3\n   control condition: defined ( A ) || B\n" +
+                "   Debut. Pos:20 Line:2 Col:1\n   Fin. Pos:21 Line:2 Col:2\n" + head + "#else \n" + kind +
+                "5\n   control condition:\n   Debut. Pos:37 Line:4 Col:1\n   Fin. Pos:38 Line:4 Col:2\n" + head +
+                "#endif\n" + kind + "6\n   control condition:\n   Debut. Pos:45 Line:5 Col:7\n" +
+                "   Fin. Pos:45 Line:5 Col:7\n************* Fin groupe de directives ***************\n",
+            capture.text());
   group->Release();
 }
 

@@ -1,13 +1,9 @@
-// Which branch of a conditional group is kept: #ifdef / #ifndef, the
-// condition grammar of #if and #elif (defined, !, &&, ||, parentheses, and
-// bare names and literals only as the last token), the always-defined names,
-// and the errors written for empty or malformed conditions.
+// Which branch of a conditional group is kept: #ifdef/#ifndef, the #if grammar, errors on bad conditions.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "../../source/vnxPreproDirectiveParser.h"
 #include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
@@ -15,18 +11,6 @@
 #include "vnxSourceFile.h"
 
 namespace {
-
-// A source file whose directive list holds the given #define lines.
-struct SourceWithDefines {
-  explicit SourceWithDefines(const std::vector<std::string>& defines) {
-    for (const std::string& line : defines) {
-      const std::string text = line + "\n";
-      vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(text.c_str(), 0, 1, 1, 0);
-      if (d) file.source->addPreproDirective(d);
-    }
-  }
-  ScopedSource file{"t.h"};
-};
 
 // The text of the branch that the group built over text keeps: "" when every
 // branch is dead, "<null>" when no group is made.
@@ -56,53 +40,33 @@ TEST(ConditionalEvaluation, IfConditionsSelectTheBranchTheGrammarGives) {
   const char* const yes = "YES\n";
   const char* const no = "NO\n";
   const std::vector<Case> cases = {
-      {{}, "1", yes},
-      {{}, "0", no},
-      {{"#define A 1"}, "A", yes},
-      {{"#define A 0"}, "A", no},
-      {{"#define A 0 // off"}, "A", no},
-      {{"#define A 0 /* off */"}, "A", no},
-      {{"#define A"}, "A", yes},
-      {{"#define A(x) x"}, "A", no},
-      {{}, "A", no},
-      {{}, "!A", yes},
-      {{"#define A 1"}, "!A", no},
-      {{"#define A 1"}, "!!A", yes},
-      {{"#define A 0"}, "defined(A)", yes},
-      {{"#define A(x) x"}, "defined(A)", yes},
-      {{}, "defined(A)", no},
-      {{"#define A"}, "defined(A) && !defined(B)", yes},
-      {{"#define A", "#define B"}, "defined(A) && !defined(B)", no},
-      {{"#define B"}, "defined(A) || defined(B)", yes},
+      {{}, "1", yes}, {{}, "0", no}, {{"#define A 1"}, "A", yes}, {{"#define A 0"}, "A", no},
+      {{"#define A 0 // off"}, "A", no}, {{"#define A 0 /* off */"}, "A", no}, {{"#define A"}, "A", yes},
+      {{"#define A(x) x"}, "A", no}, {{}, "A", no}, {{}, "!A", yes}, {{"#define A 1"}, "!A", no},
+      {{"#define A 1"}, "!!A", yes}, {{"#define A 0"}, "defined(A)", yes}, {{"#define A(x) x"}, "defined(A)", yes},
+      {{}, "defined(A)", no}, {{"#define A"}, "defined(A) && !defined(B)", yes},
+      {{"#define A", "#define B"}, "defined(A) && !defined(B)", no}, {{"#define B"}, "defined(A) || defined(B)", yes},
       // && binds tighter than ||, and a false left operand still consumes its tail.
       {{"#define C"}, "defined(A) && defined(B) || defined(C)", yes},
       {{"#define A"}, "defined(A) || defined(B) && defined(C)", yes},
-      {{"#define B"}, "defined(A) || defined(B) && defined(C)", no},
-      {{"#define A"}, "(defined A)", yes},
+      {{"#define B"}, "defined(A) || defined(B) && defined(C)", no}, {{"#define A"}, "(defined A)", yes},
       {{"#define A", "#define C"}, "(defined(A) || defined(B)) && defined(C)", yes},
       // Bare names and literals count only as the very last token.
-      {{"#define A 1"}, "(A)", no},
-      {{"#define X 1", "#define Y"}, "X && defined(Y)", no},
-      {{"#define X 1", "#define Y"}, "defined(Y) && X", yes},
-      {{"#define X 1"}, "1 || X", no},
+      {{"#define A 1"}, "(A)", no}, {{"#define X 1", "#define Y"}, "X && defined(Y)", no},
+      {{"#define X 1", "#define Y"}, "defined(Y) && X", yes}, {{"#define X 1"}, "1 || X", no},
       {{}, "defined(A) || 1", yes},
       // Two names: the first one's replacement against the second's.
-      {{"#define OS WIN", "#define WIN"}, "OS WIN", no},
-      {{"#define OS WIN"}, "OS WIN", yes},
-      {{"#define OS 3", "#define WIN 3"}, "OS WIN", yes},
-      {{}, "OS WIN", no},
-      // Comparisons and arithmetic are not evaluated.
-      {{"#define A 1"}, "A == 1", no},
-      // Three names are defined everywhere, but have no replacement.
-      {{}, "defined HARBO_CLIENT", yes},
-      {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", yes},
-      {{}, "HARBO_CLIENT", no},
+      {{"#define OS WIN", "#define WIN"}, "OS WIN", no}, {{"#define OS WIN"}, "OS WIN", yes},
+      {{"#define OS 3", "#define WIN 3"}, "OS WIN", yes}, {{}, "OS WIN", no},
+      // Comparisons are not evaluated; three names are defined everywhere, with no replacement.
+      {{"#define A 1"}, "A == 1", no}, {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", yes},
+      {{}, "defined HARBO_CLIENT", yes}, {{}, "HARBO_CLIENT", no},
       {{"#define A 1"}, "defined(A) /* why */ && \\\n defined(A)", yes},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.condition);
-    SourceWithDefines source(c.defines);
-    EXPECT_EQ(c.kept, keptBranch(source.file.source, ifElse(c.condition)));
+    ScopedSource file("t.h", c.defines);
+    EXPECT_EQ(c.kept, keptBranch(file.source, ifElse(c.condition)));
   }
 }
 
@@ -114,26 +78,19 @@ TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
   };
   const char* const chain = "#if defined(A)\na\n#elif defined(B)\nb\n#elif defined(C)\nc\n#else\nd\n#endif\n";
   const std::vector<Case> cases = {
-      {{"#define X"}, "#ifdef X\nx\n#endif\n", "x\n"},
-      {{}, "#ifdef X\nx\n#endif\n", ""},
-      {{}, "#ifdef X // note\nx\n#else\ny\n#endif\n", "y\n"},
-      {{}, "#ifndef X\nx\n#else\ny\n#endif\n", "x\n"},
-      {{"#define X"}, "#ifndef X\nx\n#else\ny\n#endif\n", "y\n"},
-      {{}, "#ifdef HARBO_CLIENT\nh\n#endif\n", "h\n"},
-      {{"#define A", "#define B"}, chain, "a\n"},
-      {{"#define B", "#define C"}, chain, "b\n"},
-      {{"#define C"}, chain, "c\n"},
-      {{}, chain, "d\n"},
-      {{}, "#if 1\na\n#else\nb\n#else\nc\n#endif\n", "a\n"},
+      {{"#define X"}, "#ifdef X\nx\n#endif\n", "x\n"}, {{}, "#ifdef X\nx\n#endif\n", ""},
+      {{}, "#ifdef X // note\nx\n#else\ny\n#endif\n", "y\n"}, {{}, "#ifndef X\nx\n#else\ny\n#endif\n", "x\n"},
+      {{"#define X"}, "#ifndef X\nx\n#else\ny\n#endif\n", "y\n"}, {{}, "#ifdef HARBO_CLIENT\nh\n#endif\n", "h\n"},
+      {{"#define A", "#define B"}, chain, "a\n"}, {{"#define B", "#define C"}, chain, "b\n"},
+      {{"#define C"}, chain, "c\n"}, {{}, chain, "d\n"}, {{}, "#if 1\na\n#else\nb\n#else\nc\n#endif\n", "a\n"},
       {{}, "#if 0\na\n#else\nb\n#elif 1\nc\n#endif\n", "b\n"},
       // A stray #else or #elif at the head of a group is never selected.
-      {{}, "#else\na\n#endif\n", ""},
-      {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},
+      {{}, "#else\na\n#endif\n", ""}, {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
-    SourceWithDefines source(c.defines);
-    EXPECT_EQ(c.kept, keptBranch(source.file.source, c.text));
+    ScopedSource file("t.h", c.defines);
+    EXPECT_EQ(c.kept, keptBranch(file.source, c.text));
   }
 }
 
@@ -151,18 +108,15 @@ TEST(ConditionalEvaluation, MalformedConditionsWriteTheirErrorsOrMakeNoGroup) {
       {"#if\nx\n#else\ny\n#endif\n", "y\n", {missing + "1 in source t.h"}},
       {"#if 0\nx\n#elif // none\ny\n#endif\n", "", {missing + "3 in source t.h"}},
       {"#if defined(A) &&\nx\n#endif\n", "", {emptyN, empty}},
-      // "!" of a missing operand: one minus false.
-      {"#if !\nx\n#endif\n", "x\n", {emptyN, empty}},
-      {"#if ( defined A\nx\n#endif\n", "", {}},
-      {"#ifdef\nx\n#endif\n", "<null>", {}},
-      {"#ifdef A B\nx\n#endif\n", "<null>", {}},
-      {"#ifndef A /* c */ B\nx\n#endif\n", "<null>", {}},
+      {"#if !\nx\n#endif\n", "x\n", {emptyN, empty}},  // "!" of a missing operand: one minus false
+      {"#if ( defined A\nx\n#endif\n", "", {}}, {"#ifdef\nx\n#endif\n", "<null>", {}},
+      {"#ifdef A B\nx\n#endif\n", "<null>", {}}, {"#ifndef A /* c */ B\nx\n#endif\n", "<null>", {}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
-    SourceWithDefines source({});
+    ScopedSource file("t.h");
     StreamCapture capture;
-    EXPECT_EQ(c.kept, keptBranch(source.file.source, c.text));
+    EXPECT_EQ(c.kept, keptBranch(file.source, c.text));
     EXPECT_EQ(c.lines, capture.lines());
   }
 }
@@ -179,15 +133,15 @@ TEST(ConditionalEvaluation, WithoutASourceOnlyTheThreeAlwaysDefinedNamesAreDefin
 }
 
 TEST(ConditionalEvaluation, DeeplyNestedConditionsEndWithoutExhaustingTheStack) {
-  SourceWithDefines source({"#define A"});
+  ScopedSource file("t.h", {"#define A"});
   const std::string nots(20000, '!');
-  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(nots + "defined(A)")));
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(nots + "defined(A)")));
   const std::string open(20000, '(');
-  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(open + "defined(A)")));
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(open + "defined(A)")));
   std::string chain = "defined(A)";
   for (int k = 0; k < 20000; ++k) chain += " && defined(A)";
-  EXPECT_EQ("NO\n", keptBranch(source.file.source, ifElse(chain)));
-  EXPECT_EQ("YES\n", keptBranch(source.file.source, ifElse("!!!!defined(A) && (((defined(A))))")));
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(chain)));
+  EXPECT_EQ("YES\n", keptBranch(file.source, ifElse("!!!!defined(A) && (((defined(A))))")));
 }
 
 }  // namespace

@@ -1,7 +1,4 @@
-// How a conditional group is read from the text: its directives, where each
-// branch begins and ends (offset, line, column), nested groups, continued
-// lines and comments that span lines, a group that runs to the end of the
-// text, the missing-#endif error, and the references handed out.
+// How a conditional group is read: its directives, where each branch begins and ends, the missing-#endif error.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -130,14 +127,10 @@ TEST(ConditionalGroup, AGroupWithoutEndifIsNotMadeAndSaysWhereItBegan) {
   };
   const std::string missing = "# VNX-ERROR:   Missing #endif directive for begin in line 4 in source t.h";
   const std::vector<Case> cases = {
-      {"#if 1\nx\n", {missing}},
-      {"#if 1\nx\n#else\ny\n", {missing}},
-      {"#if 1\n#if 2\n#endif\n", {missing}},
-      {"#ifdef A", {missing}},
-      {"#if 1\n/* \n#endif\n*/\n", {missing}},
+      {"#if 1\nx\n", {missing}}, {"#if 1\nx\n#else\ny\n", {missing}}, {"#if 1\n#if 2\n#endif\n", {missing}},
+      {"#ifdef A", {missing}}, {"#if 1\n/* \n#endif\n*/\n", {missing}},
       // Not a conditional directive at all: no group and nothing missing.
-      {"#endregion\n#endif\n", {}},
-      {"#elsewhere\n", {}},
+      {"#endregion\n#endif\n", {}}, {"#elsewhere\n", {}},
   };
   const int before = Directive::getPoolLiveCount();
   for (const Case& c : cases) {
@@ -166,10 +159,7 @@ TEST(ConditionalGroup, DirectivesOutliveTheGroupWhileTheCallerHoldsThem) {
   EXPECT_EQ(before, Directive::getPoolLiveCount());
 }
 
-// A realistic header: each group keeps the branch its condition selects, and
-// every prefix of the text, read from every directive line, makes a group or
-// not without reading past the end (the copies have no slack for
-// AddressSanitizer).
+// Each group of a real header keeps its selected branch; no prefix of it, read from any directive, overruns.
 TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
   const std::string text = readTextFile(std::string(VNX_TEST_DATA_DIR) + "/conditional/nested.h");
   ASSERT_FALSE(text.empty());
@@ -179,9 +169,7 @@ TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
     int selected;       // rank of the succeeding directive, 0 for none
   };
   const std::vector<Case> cases = {
-      {"#ifndef GeoNested_H", 2, 1},
-      {"#if defined(_WINDOWS_SOURCE)", 4, 2},
-      {"#ifdef STDMETHOD", 2, 1},
+      {"#ifndef GeoNested_H", 2, 1}, {"#if defined(_WINDOWS_SOURCE)", 4, 2}, {"#ifdef STDMETHOD", 2, 1},
       {"#  if 0", 3, 2},
   };
   for (const Case& c : cases) {
@@ -221,9 +209,7 @@ TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
   EXPECT_EQ(before, Directive::getPoolLiveCount());
 }
 
-// Inside the pass, the branches of nested groups come from what the walk of
-// the enclosing branch saw on its way. Every branch the pass reports must be
-// the one a walk of its own finds in the same text.
+// Branches of nested groups, taken from the enclosing walk inside the pass, match a fresh walk of each directive.
 TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
   std::string deep;
   for (int k = 0; k < 40; ++k) deep += (k % 3 ? "#ifdef D\n" : "#if 0\nx\n#elif 1\n");
@@ -253,13 +239,13 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
       ASSERT_EQ(0, alone->build(text.c_str(), inPass->getBeginPosInRawStream(),
                                 static_cast<int>(inPass->getBeginLineInRawStream()),
                                 static_cast<int>(inPass->getBeginColInRawStream()), 0));
-      unsigned int p1, l1, c1, p2, l2, c2;
-      inPass->getBeginTextInRawStream(p1, l1, c1);
-      alone->getBeginTextInRawStream(p2, l2, c2);
-      EXPECT_EQ(place(p2, l2, c2), place(p1, l1, c1)) << text << "directive at " << inPass->getBeginPosInRawStream();
-      inPass->getEndTextInRawStream(p1, l1, c1);
-      alone->getEndTextInRawStream(p2, l2, c2);
-      EXPECT_EQ(place(p2, l2, c2), place(p1, l1, c1)) << text << "directive at " << inPass->getBeginPosInRawStream();
+      unsigned int p[4], l[4], c[4];
+      inPass->getBeginTextInRawStream(p[0], l[0], c[0]);
+      alone->getBeginTextInRawStream(p[1], l[1], c[1]);
+      inPass->getEndTextInRawStream(p[2], l[2], c[2]);
+      alone->getEndTextInRawStream(p[3], l[3], c[3]);
+      for (int e : {0, 2})
+        EXPECT_EQ(place(p[e + 1], l[e + 1], c[e + 1]), place(p[e], l[e], c[e])) << text << " at " << p[e];
       alone->Release();
       ++compared;
     }

@@ -1,6 +1,4 @@
-// Define and include directives: the macro name, the replacement, the
-// parameters of a function-like macro, the replacement tokens, the include
-// string, and the lines written for malformed ones.
+// Define and include directives: name, replacement, parameters, tokens, include string, and malformed lines.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -30,18 +28,14 @@ TEST(DirectiveDefine, NameReplacementAndParametersAreReadFromTheLine) {
     std::vector<std::string> lines;       // written on the error stream
   };
   const std::vector<Case> cases = {
-      {"#define A\n", "A", kNone, kObjectLike, {}},
-      {"#define A 1  \n", "A", "1  ", kObjectLike, {}},
-      {"#define A 1 // c\n", "A", "1 ", kObjectLike, {}},
-      {"#define A \\\nint x;\n", "A", "int x;", kObjectLike, {}},
+      {"#define A\n", "A", kNone, kObjectLike, {}}, {"#define A 1  \n", "A", "1  ", kObjectLike, {}},
+      {"#define A 1 // c\n", "A", "1 ", kObjectLike, {}}, {"#define A \\\nint x;\n", "A", "int x;", kObjectLike, {}},
       {"#  define\t$x_1 y\n", "$x_1", "y", kObjectLike, {}},
       {"#define A-1\n", "A", "-1", kObjectLike,
        {" !! define line contains an invalid character, check spelling (f.h:3) : #define A-1"}},
-      {"#define F(a, b) a+b\n", "F", "a+b", {"a", "b"}, {}},
-      {"#define F()\n", "F", kNone, {}, {}},
+      {"#define F(a, b) a+b\n", "F", "a+b", {"a", "b"}, {}}, {"#define F()\n", "F", kNone, {}, {}},
       {"#define F(a, /* c */ \\\n b) x\n", "F", "x", {"a", "b"}, {}},
-      {"#define F(a b) x\n", "F", "x", {"a"}, {kOrder + "a b"}},
-      {"#define F(,a) x\n", "F", "x", {}, {kOrder + ",a"}},
+      {"#define F(a b) x\n", "F", "x", {"a"}, {kOrder + "a b"}}, {"#define F(,a) x\n", "F", "x", {}, {kOrder + ",a"}},
       {"#define F(a,,b) x\n", "F", "x", {"a"}, {kOrder + "a,,b"}},
       {"#define F(fmt, ...) x\n", "F", "x", {"fmt"}, {kNeither + "fmt, ..."}},
       {"#define F(a x\n", "F", kNone, {"a"},
@@ -86,8 +80,7 @@ TEST(DirectiveDefine, ReplacementTokensLeaveOutCommentsAndLineContinuations) {
       {"#define A a##b #c \"s\" 'c' 10", {"a", "##", "b", "#", "c", "\"s\"", "'c'", "10"}},
       // Only a backslash right before the newline continues the line.
       {"#define F(a) f(a, \\\r\n a)\n", {"f", "(", "a", ",", "\\"}},
-      {"#define A \\ x\n", {"\\", "x"}},
-      {"#define A\n", {}},
+      {"#define A \\ x\n", {"\\", "x"}}, {"#define A\n", {}},
   };
   for (const Case& t : cases) {
     SCOPED_TRACE(t.text);
@@ -106,14 +99,9 @@ TEST(DirectiveDefine, ReplacementTokensLeaveOutCommentsAndLineContinuations) {
 enum Kind { kSimple, kFunction, kInclude };
 
 vnxZELPreproDirective* createOfKind(Kind kind) {
-  switch (kind) {
-    case kSimple:
-      return vnxPreproDirectiveDefineSimple::create(nullptr);
-    case kFunction:
-      return vnxPreproDirectiveDefineFunction::create(nullptr);
-    default:
-      return vnxPreproDirectiveInclude::create(nullptr);
-  }
+  if (kind == kSimple) return vnxPreproDirectiveDefineSimple::create(nullptr);
+  if (kind == kFunction) return vnxPreproDirectiveDefineFunction::create(nullptr);
+  return vnxPreproDirectiveInclude::create(nullptr);
 }
 
 TEST(DirectiveBuild, ABuildOnTextOfAnotherKindFailsWithItsLine) {
@@ -163,18 +151,14 @@ TEST(DirectiveInclude, TheIncludeStringIsTheNameBetweenEitherCloser) {
     std::string line;  // written on the error stream
   };
   const std::vector<Case> cases = {
-      {"#include \"a.h\"\n", "a.h", ""},
-      {"#include <a.h>\n", "a.h", ""},
-      {"#include <a.h\"\n", "a.h", ""},
+      {"#include \"a.h\"\n", "a.h", ""}, {"#include <a.h>\n", "a.h", ""}, {"#include <a.h\"\n", "a.h", ""},
       {"#include \"a.h\" extra\n", "a.h", ""},
       {"#  include   \\\n  \"b/c.h\" // x\n", "b/c.h", ""},
       // An unclosed quote opens a literal that only the end of the text closes.
       {"#include \"a.h", "a.h", invalid + "#include \"a.h"},
-      {"#include <\n", kNone, invalid + "#include <"},
-      {"#include \"\"\n", kNone, ""},
+      {"#include <\n", kNone, invalid + "#include <"}, {"#include \"\"\n", kNone, ""},
       // A macro-named include keeps the whole rest of the line.
-      {"#include FOO(x) // c\n", "FOO(x) ", ""},
-      {"#include // c\n", kNone, ""},
+      {"#include FOO(x) // c\n", "FOO(x) ", ""}, {"#include // c\n", kNone, ""},
   };
   for (const Case& t : cases) {
     SCOPED_TRACE(t.text);

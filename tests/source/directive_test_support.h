@@ -1,4 +1,4 @@
-// Helpers shared by the comment and directive tests.
+// Helpers shared by the source tests.
 #ifndef VNX_DIRECTIVE_TEST_SUPPORT_H
 #define VNX_DIRECTIVE_TEST_SUPPORT_H
 
@@ -7,7 +7,12 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "../../source/vnxPreproDirectiveParser.h"
+#include "TAFileName.h"
+#include "TestSupport.h"
+#include "ZELFileBuffer.h"
 #include "vnxSourceFile.h"
 
 // A heap copy with no slack after the NUL, so that AddressSanitizer sees a
@@ -18,11 +23,17 @@ inline std::unique_ptr<char[]> exactCopy(const std::string& text) {
   return copy;
 }
 
-// A source file (named name) to hang comments and directives on; released on
-// scope exit.
+// A source file (named name) to hang comments and directives on, holding the
+// given #define lines; released on scope exit.
 struct ScopedSource {
-  explicit ScopedSource(const char* name = "f.h")
-      : source(vnxSourceFile::CreateFromPreprocessedText("", name)) {}
+  explicit ScopedSource(const char* name = "f.h", const std::vector<std::string>& defines = {})
+      : source(vnxSourceFile::CreateFromPreprocessedText("", name)) {
+    for (const std::string& line : defines) {
+      const std::string text = line + "\n";
+      if (vnxZELPreproDirective* d = vnxPreproDirectiveParser(source).parse(text.c_str(), 0, 1, 1, 0))
+        source->addPreproDirective(d);
+    }
+  }
   ~ScopedSource() {
     if (source) source->Release();
   }
@@ -30,6 +41,23 @@ struct ScopedSource {
   ScopedSource& operator=(const ScopedSource&) = delete;
   vnxSourceFile* source;
 };
+
+// Runs the preprocessing pass over raw (as file name) and keeps what it made and wrote.
+struct Preprocessed {
+  int status = -1;
+  std::string stream;
+  std::string errors;
+};
+inline Preprocessed preprocess(const std::string& raw, const char* name = "t.h") {
+  StreamCapture capture;
+  vnxSourceFile* source = new vnxSourceFile(ZELFileBuffer::CreateFromString(raw.c_str(), name), nullptr, TAFileName());
+  Preprocessed result;
+  result.status = source->preProcess();
+  if (source->GetStream()) result.stream.assign(source->GetStream(), static_cast<size_t>(source->GetSize()));
+  result.errors = capture.text();
+  source->Release();
+  return result;
+}
 
 inline std::string orNull(const char* text) { return text ? std::string(text) : std::string("<null>"); }
 

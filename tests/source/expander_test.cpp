@@ -1,7 +1,4 @@
-// The macro expander: object-like and function-like replacements, nested
-// expansion, argument pre-expansion, self and mutual recursion, stringizing,
-// pasting, argument count mismatches, unclosed argument lists, and the
-// bounds on depth, passes and size.
+// The macro expander: replacements, arguments, recursion, # and ##, malformed calls, and its work bounds.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -9,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "../../source/vnxPreproDirectiveParser.h"
 #include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxDefinePreproDirectiveExpander.h"
@@ -17,18 +13,13 @@
 
 namespace {
 
-// The registry is process-wide: every name used here starts with "EXP_" so
-// that no other test's text meets one of them.
+// The registry is process-wide: every name here starts with "EXP_" so no other test's text meets one.
 struct MacroFile {
-  MacroFile(const std::vector<std::string>& defines, const std::vector<const char*>& registered) {
+  MacroFile(const std::vector<std::string>& defines, const std::vector<const char*>& registered)
+      : file("m.h", defines) {
     for (const char* name : registered) vnxSourceFile::addMacroToExpand(name);
-    for (const std::string& line : defines) {
-      const std::string text = line + "\n";
-      vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(text.c_str(), 0, 1, 1, 0);
-      if (d) file.source->addPreproDirective(d);
-    }
   }
-  ScopedSource file{"m.h"};
+  ScopedSource file;
 };
 
 struct Expansion {
@@ -37,8 +28,7 @@ struct Expansion {
   int replaced;
 };
 
-// Runs of blanks as one, no leading blank: the pass squeezes blanks anyway,
-// so only the tokens and their order matter.
+// Runs of blanks as one, no leading blank: the pass squeezes blanks anyway, so only the tokens matter.
 std::string squeezed(const std::string& text) {
   std::string out;
   for (char c : text) {
@@ -60,28 +50,32 @@ Expansion expandAt(vnxDefinePreproDirectiveExpander& expander, const std::string
 }
 
 const std::vector<std::string> kDefines = {
-    "#define EXP_ONE 1 + 2",
-    "#define EXP_TWO EXP_ONE * 3",
-    "#define EXP_EMPTY",
-    "#define EXP_PLAIN unregistered_name EXP_UNREG",
-    "#define EXP_UNREG 9",
-    "#define EXP_ADD(a, b) a+b",
-    "#define EXP_CALL EXP_ADD(4, 5)",
-    "#define EXP_NOARGS() z",
-    "#define EXP_STR(x) #x",
-    "#define EXP_CAT(a, b) a ## b",
-    "#define EXP_SELF EXP_SELF + 1",
-    "#define EXP_PING EXP_PONG ping",
-    "#define EXP_PONG EXP_PING pong",
-    "#define EXP_ARGSELF(x) EXP_ARGSELF(x)",
-    "#define EXP_NAME_ONLY EXP_ADD",
-    "#define EXP_VARIADIC(fmt, ...) f(fmt)",
+    "#define EXP_ONE 1 + 2", "#define EXP_TWO EXP_ONE * 3", "#define EXP_EMPTY",
+    "#define EXP_PLAIN unregistered_name EXP_UNREG", "#define EXP_UNREG 9", "#define EXP_ADD(a, b) a+b",
+    "#define EXP_CALL EXP_ADD(4, 5)", "#define EXP_NOARGS() z", "#define EXP_STR(x) #x", "#define EXP_CAT(a, b) a ## b",
+    "#define EXP_SELF EXP_SELF + 1", "#define EXP_PING EXP_PONG ping", "#define EXP_PONG EXP_PING pong",
+    "#define EXP_ARGSELF(x) EXP_ARGSELF(x)", "#define EXP_NAME_ONLY EXP_ADD", "#define EXP_VARIADIC(fmt, ...) f(fmt)",
     "#define EXP_GROW (EXP_GROW)",
 };
 const std::vector<const char*> kRegistered = {"EXP_ONE",  "EXP_TWO",  "EXP_EMPTY",   "EXP_PLAIN",     "EXP_ADD",
                                               "EXP_CALL", "EXP_NOARGS", "EXP_STR",   "EXP_CAT",       "EXP_SELF",
                                               "EXP_PING", "EXP_PONG", "EXP_ARGSELF", "EXP_NAME_ONLY", "EXP_VARIADIC",
                                               "EXP_GROW", "EXP_NODEFINE"};
+
+// Macros EXP_WIDE0..39, each replaced by two of the next: 2^40 characters unless bounded.
+void addWideChain(std::vector<std::string>& defines, std::vector<std::string>& names) {
+  for (int k = 0; k < 40; ++k) {
+    const std::string next = " EXP_WIDE" + std::to_string(k + 1);
+    defines.push_back("#define EXP_WIDE" + std::to_string(k) + next + next);
+    names.push_back("EXP_WIDE" + std::to_string(k));
+  }
+}
+
+std::vector<const char*> namesOf(const std::vector<std::string>& names) {
+  std::vector<const char*> out;
+  for (const std::string& name : names) out.push_back(name.c_str());
+  return out;
+}
 
 TEST(Expander, RegisteredMacrosExpandToTheirReplacementWithArgumentsSubstituted) {
   struct Case {
@@ -90,42 +84,25 @@ TEST(Expander, RegisteredMacrosExpandToTheirReplacementWithArgumentsSubstituted)
     int replaced;
   };
   const std::vector<Case> cases = {
-      {"EXP_ONE;", "1 + 2 ", 7},
-      {"EXP_TWO)", "1 + 2 * 3 ", 7},
-      {"EXP_EMPTY x", "", 9},
-      {"EXP_PLAIN", "unregistered_name EXP_UNREG ", 9},
-      {"EXP_ADD(1, 2) rest", "1 + 2 ", 13},
-      {"EXP_ADD (1,2)", "1 + 2 ", 13},
-      {"EXP_ADD\n  ( x , y )", "x + y ", 19},
-      {"EXP_ADD /* c */ (1, 2 /* , 3 */)", "1 + 2 ", 32},
-      {"EXP_ADD((1,2), g(3, 4))", "(1,2) + g(3, 4) ", 23},
-      {"EXP_ADD(\"a,b\", ')')", "\"a,b\" + ')' ", 19},
-      {"EXP_ADD(  spaced   out ,\n y)", "spaced out + y ", 28},
-      {"EXP_CALL", "4 + 5 ", 8},
+      {"EXP_ONE;", "1 + 2 ", 7}, {"EXP_TWO)", "1 + 2 * 3 ", 7}, {"EXP_EMPTY x", "", 9},
+      {"EXP_PLAIN", "unregistered_name EXP_UNREG ", 9}, {"EXP_ADD(1, 2) rest", "1 + 2 ", 13},
+      {"EXP_ADD\n  ( x , y )", "x + y ", 19}, {"EXP_ADD /* c */ (1, 2 /* , 3 */)", "1 + 2 ", 32},
+      {"EXP_ADD((1,2), g(3, 4))", "(1,2) + g(3, 4) ", 23}, {"EXP_ADD(\"a,b\", ')')", "\"a,b\" + ')' ", 19},
+      {"EXP_ADD(  spaced   out ,\n y)", "spaced out + y ", 28}, {"EXP_CALL", "4 + 5 ", 8},
       {"EXP_NOARGS()", "z ", 12},
-      // Arguments are expanded before they are substituted.
-      {"EXP_ADD(EXP_ONE, EXP_TWO)", "1 + 2 + 1 + 2 * 3 ", 25},
-      // A call inside the arguments of the same macro is an ordinary call.
-      {"EXP_ADD(EXP_ADD(1, 2), 3)", "1 + 2 + 3 ", 25},
+      // Arguments are expanded before they are substituted; a call inside them is an ordinary call.
+      {"EXP_ADD(EXP_ONE, EXP_TWO)", "1 + 2 + 1 + 2 * 3 ", 25}, {"EXP_ADD(EXP_ADD(1, 2), 3)", "1 + 2 + 3 ", 25},
       // A name that the first pass over an argument brings next to a '('.
       {"EXP_ADD(EXP_NAME_ONLY(1, 2), 0)", "1 + 2 + 0 ", 31},
       // Missing arguments are empty.
-      {"EXP_ADD(1)", "1 + ", 10},
-      {"EXP_ADD()", "+ ", 9},
-      // Stringized and pasted arguments are taken as written.
-      {"EXP_STR(a  +   b)", "\"a + b\" ", 17},
-      {"EXP_STR(say \"hi\" 'c' \\n)", "\"say \\\"hi\\\" \\'c\\' \\\\n\" ", 24},
-      {"EXP_STR(EXP_ONE)", "\"EXP_ONE\" ", 16},
-      {"EXP_STR()", "\"\" ", 9},
-      {"EXP_CAT(x, y)", "xy ", 13},
-      {"EXP_CAT(EXP_ONE, 1)", "EXP_ONE1 ", 19},
-      {"EXP_CAT(EXP_, ONE)", "1 + 2 ", 18},  // a pasted name is rescanned
-      {"EXP_CAT(, y)", "y ", 12},
-      // A macro never expands inside its own expansion.
-      {"EXP_SELF", "EXP_SELF + 1 ", 8},
-      {"EXP_PING", "EXP_PING pong ping ", 8},
-      {"EXP_ARGSELF(EXP_ONE)", "EXP_ARGSELF ( 1 + 2 ) ", 20},
-      {"EXP_SELF", "EXP_SELF + 1 ", 8},  // and is back in the set afterwards
+      {"EXP_ADD(1)", "1 + ", 10}, {"EXP_ADD()", "+ ", 9},
+      // Stringized and pasted arguments are taken as written; a pasted name is rescanned.
+      {"EXP_STR(a  +   b)", "\"a + b\" ", 17}, {"EXP_STR(say \"hi\" 'c' \\n)", "\"say \\\"hi\\\" \\'c\\' \\\\n\" ", 24},
+      {"EXP_STR(EXP_ONE)", "\"EXP_ONE\" ", 16}, {"EXP_STR()", "\"\" ", 9}, {"EXP_CAT(x, y)", "xy ", 13},
+      {"EXP_CAT(EXP_ONE, 1)", "EXP_ONE1 ", 19}, {"EXP_CAT(EXP_, ONE)", "1 + 2 ", 18}, {"EXP_CAT(, y)", "y ", 12},
+      // A macro never expands inside its own expansion, and is back in the set afterwards.
+      {"EXP_SELF", "EXP_SELF + 1 ", 8}, {"EXP_PING", "EXP_PING pong ping ", 8},
+      {"EXP_ARGSELF(EXP_ONE)", "EXP_ARGSELF ( 1 + 2 ) ", 20}, {"EXP_SELF", "EXP_SELF + 1 ", 8},
   };
   MacroFile macros(kDefines, kRegistered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
@@ -149,14 +126,8 @@ TEST(Expander, NamesThatCannotExpandHereFailAndLeaveTheTextAlone) {
       {"EXP_NOT_REGISTERED",
        {"# VNX-WARNING: Problem in vnxDefinePreproDirectiveExpander::expandLocal: <EXP_NOT_REGISTERED> is not in "
         "macro list. File name : m.h"}},
-      {"EXP_NODEFINE", {}},
-      {"EXP_ADD + 1", {}},
-      {"EXP_ADD", {}},
-      {"EXP_ADD(1, 2, 3)", {}},
-      {"EXP_NOARGS(1)", {}},
-      {"EXP_ADD(1, (2)", {}},
-      {"EXP_ADD(1, \"2)", {}},
-      {"EXP_ADD(1 /* 2)", {}},
+      {"EXP_NODEFINE", {}}, {"EXP_ADD + 1", {}}, {"EXP_ADD", {}}, {"EXP_ADD(1, 2, 3)", {}}, {"EXP_NOARGS(1)", {}},
+      {"EXP_ADD(1, (2)", {}}, {"EXP_ADD(1, \"2)", {}}, {"EXP_ADD(1 /* 2)", {}},
       // A parameter list that cannot be read (the reading says why, once).
       {"EXP_VARIADIC(\"%d\", 1)",
        {" -> !! vnxPreproDirectiveDefineFunction::compute : Token is neither ID nor COMMA in _argumentString : "
@@ -197,17 +168,10 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
     defines.push_back("#define EXP_DEEP" + std::to_string(k) + " EXP_DEEP" + std::to_string(k + 1));
     names.push_back("EXP_DEEP" + std::to_string(k));
   }
-  // Each level doubles the one below: 2^40 characters unless bounded.
-  for (int k = 0; k < 40; ++k) {
-    defines.push_back("#define EXP_WIDE" + std::to_string(k) + " EXP_WIDE" + std::to_string(k + 1) + " EXP_WIDE" +
-                      std::to_string(k + 1));
-    names.push_back("EXP_WIDE" + std::to_string(k));
-  }
+  addWideChain(defines, names);
   defines.push_back("#define EXP_SHALLOW EXP_DEEP70");
   names.push_back("EXP_SHALLOW");
-  std::vector<const char*> registered;
-  for (const std::string& name : names) registered.push_back(name.c_str());
-  MacroFile macros(defines, registered);
+  MacroFile macros(defines, namesOf(names));
   MacroFile grow(kDefines, kRegistered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
   vnxDefinePreproDirectiveExpander growing(grow.file.source);
@@ -221,22 +185,14 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
   EXPECT_EQ("EXP_DEEP80 ", expandAt(expander, "EXP_DEEP75").replacement);
 }
 
-// Expansions that fail on their bounds spend work; past a total, every later
-// expansion gets a small bound, so a file full of runaway calls stays cheap,
-// while ordinary macros keep expanding.
+// Past a total of work spent on failed expansions, later ones get a small bound; ordinary macros still expand.
 TEST(Expander, FailedExpansionsPastTheirTotalLeaveLaterOnesASmallBound) {
   std::vector<std::string> defines;
   std::vector<std::string> names;
-  for (int k = 0; k < 40; ++k) {
-    defines.push_back("#define EXP_WIDE" + std::to_string(k) + " EXP_WIDE" + std::to_string(k + 1) + " EXP_WIDE" +
-                      std::to_string(k + 1));
-    names.push_back("EXP_WIDE" + std::to_string(k));
-  }
+  addWideChain(defines, names);
   defines.push_back("#define EXP_SMALL (1 + 2)");
   names.push_back("EXP_SMALL");
-  std::vector<const char*> registered;
-  for (const std::string& name : names) registered.push_back(name.c_str());
-  MacroFile macros(defines, registered);
+  MacroFile macros(defines, namesOf(names));
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
 
   // 2^16 copies of a name: far past the reduced bound, within the whole one.

@@ -1,11 +1,10 @@
-// Every preprocessed character maps back to the raw character it came from:
-// checked as a property over the sample workspace and over synthetic text
-// heavy in comments, directives, continuations and expansions.
+// Every preprocessed character maps back to the raw character it came from, over samples and synthetic text.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
+#include <cstring>
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "TestSupport.h"
@@ -14,26 +13,10 @@
 
 namespace {
 
-void listFiles(const std::string& dir, std::vector<std::string>& out) {
-  DIR* d = opendir(dir.c_str());
-  if (!d) return;
-  while (dirent* e = readdir(d)) {
-    const std::string name = e->d_name;
-    if (name == "." || name == "..") continue;
-    const std::string path = dir + "/" + name;
-    if (e->d_type == DT_DIR) listFiles(path, out);
-    else out.push_back(path);
-  }
-  closedir(d);
-}
-
-// Checks the map of one preprocessed text against its raw text. Characters
-// written by a list-macro fold or an expansion map to the first character of
-// the macro name; every other character maps to itself.
+// Characters from a list-macro fold or an expansion map to the macro name's start; all others to themselves.
 void checkPositions(const std::string& raw, vnxSourceFile& source, const std::string& label) {
   const char* stream = source.GetStream();
   ASSERT_NE(nullptr, stream) << label;
-  // Independent line and column count over the raw text.
   std::vector<int> lines(raw.size()), cols(raw.size());
   int line = 1, col = 1;
   for (size_t k = 0; k < raw.size(); ++k) {
@@ -51,10 +34,9 @@ void checkPositions(const std::string& raw, vnxSourceFile& source, const std::st
     const char c = stream[k];
     // A blank may also stand for a blanked dead branch or a folded brace.
     const bool same = c == raw[static_cast<size_t>(r)] || c == ' ';
-    const bool macroStart = raw.compare(static_cast<size_t>(r), 8, "ZELLISTP") == 0 ||
-                            raw.compare(static_cast<size_t>(r), 8, "ZELLISTV") == 0 ||
-                            raw.compare(static_cast<size_t>(r), 8, "SEQUENCE") == 0 ||
-                            raw.compare(static_cast<size_t>(r), 4, "EXP_") == 0;
+    bool macroStart = false;
+    for (const char* name : {"ZELLISTP", "ZELLISTV", "SEQUENCE", "EXP_"})
+      macroStart = macroStart || raw.compare(static_cast<size_t>(r), std::strlen(name), name) == 0;
     EXPECT_TRUE(same || macroStart) << label << ": stream[" << k << "]='" << c << "' maps to raw[" << r << "]='"
                                     << raw[static_cast<size_t>(r)] << "'";
     int l = 0, cc = 0;
@@ -77,10 +59,13 @@ void checkText(const std::string& raw, const std::string& label) {
 }
 
 TEST(PreproPositions, MapEveryCharacterOfTheSampleWorkspaceBack) {
-  std::vector<std::string> files;
-  listFiles(VNX_EXAMPLES_DIR, files);
-  ASSERT_FALSE(files.empty());
-  for (const std::string& file : files) checkText(readTextFile(file), file);
+  int files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(VNX_EXAMPLES_DIR)) {
+    if (!entry.is_regular_file()) continue;
+    checkText(readTextFile(entry.path().string()), entry.path().string());
+    ++files;
+  }
+  EXPECT_GT(files, 0);
 }
 
 TEST(PreproPositions, MapThroughSqueezingCommentsAndBlankedBranches) {
@@ -125,15 +110,14 @@ TEST(PreproPositions, OutOfRangeQueriesFailWithTheMessage) {
     EXPECT_EQ(-1, source->getPosOfPreProcessedCharInRawStream(bad));
   }
   ASSERT_EQ(0, source->GetPos(6, line, col));
-  EXPECT_EQ(2, line);
-  EXPECT_EQ(1, col);
+  EXPECT_EQ(std::make_pair(2, 1), std::make_pair(line, col));
   source->Release();
 
   source = new vnxSourceFile("/* only a comment */\n", nullptr, TAFileName());
   ASSERT_EQ(0, source->preProcess());
   EXPECT_EQ(0, source->GetSize());
-  EXPECT_EQ(0, source->GetPoint(0).GetLine()) << "an empty stream answers the null point";
-  EXPECT_EQ(0, source->GetPoint(0).GetCol());
+  EXPECT_EQ(std::make_pair(0, 0), std::make_pair(source->GetPoint(0).GetLine(), source->GetPoint(0).GetCol()))
+      << "an empty stream answers the null point";
   source->Release();
 }
 

@@ -1,5 +1,4 @@
-// Source-file bookkeeping: include scan before the pass, macro registry,
-// resources, reference handling of the lists.
+// Source-file bookkeeping: include scan, macro registry, resources, references handed out by the lists.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -32,17 +31,11 @@ TEST(SourceFileIncludes, RawScanFindsIncludeLinesOnly) {
     const char* text;
     std::vector<std::string> names;
   } cases[] = {
-      {"#include \"a.h\"\n#include <b/c.h>\n", {"a.h", "b/c.h"}},
-      {"  #  include \"spaced.h\"\n", {"spaced.h"}},
-      {"#include \"twice.h\"\n#include \"twice.h\"\n", {"twice.h", "twice.h"}},
-      {"int include;\n", {}},
-      {"x; #include \"not_first.h\"\n", {}},
-      {"/*\n#include \"in_comment.h\"\n*/\n#include \"after.h\"\n", {"after.h"}},
-      {"#include /* why */ \"commented.h\"\n", {"commented.h"}},
-      {"#include\n\"next_line.h\"\n", {"next_line.h"}},
-      {"#include MACRO_NAME\n", {}},
-      {"#include \"unclosed.h\n", {}},
-      {"#include", {}},
+      {"#include \"a.h\"\n#include <b/c.h>\n", {"a.h", "b/c.h"}}, {"  #  include \"spaced.h\"\n", {"spaced.h"}},
+      {"#include \"twice.h\"\n#include \"twice.h\"\n", {"twice.h", "twice.h"}}, {"int include;\n", {}},
+      {"x; #include \"not_first.h\"\n", {}}, {"/*\n#include \"in_comment.h\"\n*/\n#include \"after.h\"\n", {"after.h"}},
+      {"#include /* why */ \"commented.h\"\n", {"commented.h"}}, {"#include\n\"next_line.h\"\n", {"next_line.h"}},
+      {"#include MACRO_NAME\n", {}}, {"#include \"unclosed.h\n", {}}, {"#include", {}},
       {"#include \"a.h\"\r\n#include \"b.h\"\r\n", {"a.h", "b.h"}},
   };
   for (const Case& c : cases) EXPECT_EQ(c.names, rawIncludes(c.text)) << c.text;
@@ -52,8 +45,8 @@ TEST(SourceFileIncludes, RawScanFindsIncludeLinesOnly) {
 
 TEST(SourceFileIncludes, AfterThePassTheDirectivesAnswer) {
   StreamCapture quiet;
-  vnxSourceFile* source = new vnxSourceFile("#include \"a.h\"\n#include FOO_H\n/*\n#include \"c.h\"\n*/", nullptr,
-                                            TAFileName());
+  vnxSourceFile* source =
+      new vnxSourceFile("#include \"a.h\"\n#include FOO_H\n/*\n#include \"c.h\"\n*/", nullptr, TAFileName());
   ASSERT_EQ(0, source->preProcess());
   ZELListValZELString names;
   source->getIncludeList(names);
@@ -79,10 +72,8 @@ TEST(SourceFileMacros, RegistryIgnoresEmptyAndRepeatedNames) {
 TEST(SourceFileMacros, OnlyRegisteredNamesExpandAndOnlyAsWholeWords) {
   vnxSourceFile::addMacroToExpand("REG_VALUE");
   StreamCapture quiet;
-  vnxSourceFile* source = new vnxSourceFile(
-      "#define REG_VALUE 42\n#define OTHER 7\nint a = REG_VALUE; int b = OTHER; int c = REG_VALUEX; int d = "
-      "xREG_VALUE;\n",
-      nullptr, TAFileName());
+  vnxSourceFile* source = new vnxSourceFile("#define REG_VALUE 42\n#define OTHER 7\nint a = REG_VALUE; int b = OTHER; "
+                                            "int c = REG_VALUEX; int d = xREG_VALUE;\n", nullptr, TAFileName());
   ASSERT_EQ(0, source->preProcess());
   EXPECT_STREQ("int a = 42;int b = OTHER;int c = REG_VALUEX;int d = xREG_VALUE;", source->GetStream());
   source->Release();

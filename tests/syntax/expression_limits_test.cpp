@@ -1,5 +1,4 @@
-// Expressions: the operator search on its own, ExistLongerOp, the argument-list
-// builder's messages, the depth limits on very long texts, and the pools.
+// Operator search, ExistLongerOp, argument-list messages, depth limits, pools.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -30,28 +29,12 @@ std::string repeat(const std::string& piece, int times) {
 }
 
 TEST(ExpressionOperatorSearch, FindsTheSplitOffsetAndLengthOrMinusOne) {
-  static const struct {
-    const char* text;
-    int begin;
-    int end;  // -1: the whole text
-    int pos;
-    int length;
-  } rows[] = {
-      {"a=b", 0, -1, 1, 1},
-      {"a<<=b", 0, -1, 1, 3},
-      {"a ? b : c", 0, -1, 2, 1},
-      {"a ? b : c ? d : e", 0, -1, 2, 1},
-      {"x-->y", 0, -1, 3, 1},
-      {"!a", 0, -1, 0, 1},
-      {"a+b*c", 2, 5, 3, 1},  // only b*c is looked at
-      {"(a+b)", 0, -1, -1, 0},
-      {"f(x+1)", 0, -1, -1, 0},
-      {"\"a+b\"", 0, -1, -1, 0},
-      {"'+'", 0, -1, -1, 0},
-      {"a[i+1]", 0, -1, -1, 0},
-      {"a+b)", 0, -1, -1, 0},  // a closing parenthesis without its opening
-      {"a + \"b", 0, -1, -1, 0},
-      {"1.5e+3", 0, -1, -1, 0},
+  static const struct { const char* text; int begin; int end; int pos; int length; } rows[] = {  // end -1: the whole text
+      {"a=b", 0, -1, 1, 1}, {"a<<=b", 0, -1, 1, 3}, {"a ? b : c", 0, -1, 2, 1}, {"a ? b : c ? d : e", 0, -1, 2, 1},
+      {"x-->y", 0, -1, 3, 1}, {"!a", 0, -1, 0, 1}, {"a+b*c", 2, 5, 3, 1},  // only b*c is looked at
+      {"(a+b)", 0, -1, -1, 0}, {"f(x+1)", 0, -1, -1, 0}, {"\"a+b\"", 0, -1, -1, 0}, {"'+'", 0, -1, -1, 0},
+      {"a[i+1]", 0, -1, -1, 0}, {"a+b)", 0, -1, -1, 0},  // a closing parenthesis without its opening
+      {"a + \"b", 0, -1, -1, 0}, {"1.5e+3", 0, -1, -1, 0},
   };
   BuiltExpression holder("x");
   for (const auto& row : rows) {
@@ -63,17 +46,12 @@ TEST(ExpressionOperatorSearch, FindsTheSplitOffsetAndLengthOrMinusOne) {
 }
 
 TEST(ExpressionOperatorSearch, ExistLongerOpAcceptsOnlyWholeOperatorTokens) {
-  static const struct {
-    const char* text;
-    int pos;
-    int length;
-    int expected;  // 0, or the length of the operator the candidate belongs to
-  } rows[] = {
-      {"a<<=b", 1, 3, 0}, {"a<<=b", 1, 2, 3}, {"a<<=b", 2, 2, 3}, {"a<<=b", 3, 1, 3},
-      {"a->*b", 1, 2, 3}, {"a->b", 1, 2, 0},  {"a->b", 1, 1, 2},  {"a->b", 2, 1, 2},
-      {"a+++b", 1, 2, 0}, {"a+++b", 2, 2, 2}, {"a+++b", 3, 1, 0}, {"a+++b", 1, 1, 2},
-      {"a==b", 1, 1, 2},  {"a==b", 2, 1, 2},  {"a=b", 1, 1, 0},   {"a::b", 1, 1, 2},
-      {"a<b", 1, 1, 0},   {"a&&b", 2, 1, 2},  {"a&=b", 1, 1, 2},
+  // expected: 0, or the length of the operator the candidate belongs to.
+  static const struct { const char* text; int pos; int length; int expected; } rows[] = {
+      {"a<<=b", 1, 3, 0}, {"a<<=b", 1, 2, 3}, {"a<<=b", 2, 2, 3}, {"a<<=b", 3, 1, 3}, {"a->*b", 1, 2, 3},
+      {"a->b", 1, 2, 0},  {"a->b", 1, 1, 2},  {"a->b", 2, 1, 2},  {"a+++b", 1, 2, 0}, {"a+++b", 2, 2, 2},
+      {"a+++b", 3, 1, 0}, {"a+++b", 1, 1, 2}, {"a==b", 1, 1, 2},  {"a==b", 2, 1, 2},  {"a=b", 1, 1, 0},
+      {"a::b", 1, 1, 2},  {"a<b", 1, 1, 0},   {"a&&b", 2, 1, 2},  {"a&=b", 1, 1, 2},
       {"1.5", 1, 1, 1},  // the point of a number is no operator at all
   };
   for (const auto& row : rows) {
@@ -96,28 +74,18 @@ TEST(ExpressionOperatorSearch, LevelsRankOperatorsFromScopeToSemicolon) {
 }
 
 TEST(ExpressionArguments, UnclosedLiteralsAndParenthesesFailAfterTheArgumentsBeforeThem) {
-  static const struct {
-    const char* text;
-    const char* message;
-    int children;
-  } rows[] = {
-      {"\"abc, x", "Missing \"", 0},
-      {"a, 'b", "Missing '", 1},
-      {"a, b, (c", "Missing )", 2},
+  static const struct { const char* text; const char* message; int children; } rows[] = {
+      {"\"abc, x", "Missing \"", 0}, {"a, 'b", "Missing '", 1}, {"a, b, (c", "Missing )", 2},
       {"a, f(b", "Missing )", 1},
   };
   for (const auto& row : rows) {
-    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(row.text, "args.cpp");
+    exprtest::RootedText base(row.text, "args.cpp");
     const int size = static_cast<int>(std::strlen(row.text));
-    vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, size, 1);
-    vnxSyntaxe* arguments = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kArguments, root, 0, size, 1);
-    vnxSyntaxe::ErrMsg = "";
+    vnxSyntaxe* arguments = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kArguments, base.root(), 0, size, 1);
     EXPECT_EQ(vnxInstruction::BuildListOfArgs(arguments), 1) << row.text;
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), row.message) << row.text;
     EXPECT_EQ(arguments->ChildCount(), row.children) << row.text;
     arguments->Release();
-    root->Release();
-    source->Release();
   }
 }
 
@@ -143,10 +111,7 @@ TEST(ExpressionDepth, HugeExpressionsFailCleanlyWithoutQuadraticWork) {
   std::string init = "void f(){ static int table[] = {1";
   for (int i = 2; i <= 100000; ++i) init += "," + std::to_string(i);
   init += "}; }";
-  const struct {
-    const char* label;
-    std::string text;
-  } rows[] = {
+  const struct { const char* label; std::string text; } rows[] = {
       {"a+a+... (50 000 operators)", "a" + repeat("+a", 50000)},
       {"a=a=... (50 000 operators)", "a" + repeat("=a", 50000)},
       {"a.b.b... (50 000 operators)", "a" + repeat(".b", 50000)},
@@ -191,31 +156,21 @@ TEST(ExpressionDepth, ListsOfArgumentsHaveTheirOwnDepthMessage) {
   source->Release();
 }
 
-TEST(ExpressionDepth, ALongArgumentListIsFlat) {
-  // Twenty thousand arguments stay one level below the call, far from the
-  // depth limit that a comma chain of that length would hit.
-  std::string call = "f(x";
-  for (int i = 1; i < 20000; ++i) call += ",x";
-  call += ")";
-  BuiltExpression e(call);
-  EXPECT_EQ(e.status(), 0);
-  ASSERT_EQ(e.node()->ChildCount(), 2);
-  EXPECT_EQ(e.node()->Child(2)->ChildCount(), 20000);
-  EXPECT_EQ(e.node()->Child(2)->Child(20000)->GetDepth(), 3);
-}
-
-TEST(ExpressionPool, EveryNodeGoesBackToItsPoolWhenTheTreeIsReleased) {
+TEST(ExpressionDepth, ALongArgumentListIsFlatAndItsNodesGoBackToThePool) {
   const PoolCounts before;
-  const int expressionBlocks = vnxExpression::GetPoolBlockCount();
+  const int blocks = vnxExpression::GetPoolBlockCount();
   {
-    // About 1 500 expressions: the pool needs a second block.
-    BuiltExpression e("f(" + repeat("a*b,", 500) + "c)");
+    // Twenty thousand arguments stay one level below the call, far from the
+    // depth limit a comma chain would hit; they need more than one pool block.
+    BuiltExpression e("f(x" + repeat(",x", 19999) + ")");
     EXPECT_EQ(e.status(), 0);
-    EXPECT_GT(vnxExpression::GetPoolLiveCount(), before.expressions + 1024);
-    EXPECT_GT(vnxExpression::GetPoolBlockCount(), expressionBlocks);
+    ASSERT_EQ(e.node()->ChildCount(), 2);
+    EXPECT_EQ(e.node()->Child(2)->ChildCount(), 20000);
+    EXPECT_EQ(e.node()->Child(2)->Child(20000)->GetDepth(), 3);
+    EXPECT_GT(vnxExpression::GetPoolBlockCount(), blocks);
   }
   EXPECT_TRUE(before == PoolCounts());
-  EXPECT_EQ(vnxExpression::GetPoolBlockCount(), expressionBlocks);
+  EXPECT_EQ(vnxExpression::GetPoolBlockCount(), blocks);
 }
 
 }  // namespace

