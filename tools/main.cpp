@@ -6,6 +6,10 @@
 #include <iostream>
 #include <sstream>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 #include "CliCommand.h"
 
 CliCommand::CliCommand(int order_, const char* name_, const char* usage_, const char* help_, Run run_)
@@ -72,7 +76,20 @@ void printHelp(std::ostream& out) {
 
 }  // namespace
 
+// Every command reads file after file and frees each file's buffers and tree
+// before the next. glibc's default policy hands such large freed blocks back
+// to the kernel (trimming the heap top, unmapping big blocks), so every file
+// would fault all its pages in again: a sixth of a sweep's time went there.
+// Keeping them costs no more than the peak the largest file needs anyway.
+static void keepFreedMemory() {
+#if defined(__GLIBC__)
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);
+  mallopt(M_TRIM_THRESHOLD, 256 << 20);
+#endif
+}
+
 int main(int argc, char** argv) {
+  keepFreedMemory();
   if (argc < 2) {
     printHelp(std::cerr);
     return kCliBadInput;
