@@ -54,6 +54,8 @@ class vnxPreprocessor {
   void removeOut(int from, int count);
 
   int copyPlainRun(int i);
+  template <bool kInExpansion>
+  int copyRun(int i, int end);
   void advanceCursor(int rawPos);
   Next tryExpand(int& i);
   bool replaceWork(int i, int replaced, const char* replacement, int length);
