@@ -140,6 +140,7 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   // Look-up aids kept beside the directive list: the last define of each name
   // and the positions of the include directives.
   struct DirectiveIndex;
+  DirectiveIndex* directiveIndex();
   DirectiveIndex* _directiveIndex = nullptr;
 };
 

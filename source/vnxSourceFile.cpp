@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -23,10 +24,6 @@ TAPerfoAv* vnxSourceFile::perfoFile = nullptr;
 TAPerfoAv* vnxSourceFile::perfoByteRead = nullptr;
 TAPerfoAv* vnxSourceFile::perfoLineProcessed = nullptr;
 
-struct vnxSourceFile::DirectiveIndex {
-  std::unordered_map<std::string, int> lastDefine;  // name -> 1-based position in the list
-  std::vector<int> includes;                        // 1-based positions, ascending
-};
 
 namespace {
 
@@ -57,6 +54,31 @@ void appendWithReference(ZELListPtr<T>* list, ZELListPtr<T>& out) {
 }
 
 }  // namespace
+
+// Where the defines and includes stand in the directive list. Built at the
+// first look-up, from the directives added since the last one: most files are
+// never asked, and indexing each define as it is added cost a string and a
+// node per define.
+struct vnxSourceFile::DirectiveIndex {
+  // name (owned by its directive, which the list holds) -> 1-based position
+  std::unordered_map<std::string_view, int> lastDefine;
+  std::vector<int> includes;  // 1-based positions, ascending
+  int indexed = 0;            // directives of the list looked at so far
+
+  void catchUp(ZELListPtr<vnxZELPreproDirective>& list) {
+    for (int position = indexed + 1; position <= list.Size(); ++position) {
+      vnxZELPreproDirective* directive = list[position];
+      const int type = directive ? directiveType(directive) : 0;
+      if (type == kTypeDefineSimple || type == kTypeDefineFunction) {
+        const char* name = static_cast<vnxPreproDirectiveDefineSimple*>(directive)->getDefinedIdentifier();
+        if (name) lastDefine[name] = position;
+      } else if (type == kTypeInclude) {
+        includes.push_back(position);
+      }
+    }
+    indexed = list.Size();
+  }
+};
 
 vnxSourceFile::vnxSourceFile(ZELFileBuffer* buffer, vnxSymbolTable* table, const TAFileName& compilationUnit) {
   init(buffer, table, compilationUnit);
@@ -259,16 +281,14 @@ void vnxSourceFile::sortComments() {
 void vnxSourceFile::addPreproDirective(vnxZELPreproDirective* directive) {
   if (!directive) return;
   if (!_directiveList) _directiveList = new ZELListPtr<vnxZELPreproDirective>();
-  if (!_directiveIndex) _directiveIndex = new DirectiveIndex();
   _directiveList->Append(directive);
-  const int position = _directiveList->Size();
-  const int type = directiveType(directive);
-  if (type == kTypeDefineSimple || type == kTypeDefineFunction) {
-    const char* name = static_cast<vnxPreproDirectiveDefineSimple*>(directive)->getDefinedIdentifier();
-    if (name) _directiveIndex->lastDefine[name] = position;
-  } else if (type == kTypeInclude) {
-    _directiveIndex->includes.push_back(position);
-  }
+}
+
+vnxSourceFile::DirectiveIndex* vnxSourceFile::directiveIndex() {
+  if (!_directiveList) return nullptr;
+  if (!_directiveIndex) _directiveIndex = new DirectiveIndex();
+  _directiveIndex->catchUp(*_directiveList);
+  return _directiveIndex;
 }
 
 void vnxSourceFile::addPreproConditionalGroup(vnxPreproConditionalGroup* group) {
@@ -290,10 +310,11 @@ vnxZELPreproDirective* vnxSourceFile::getDefineDirective(const char* name) {
 // name or the first include whose file defines it wins: so only includes that
 // come after this file's last define of the name can hide it.
 vnxZELPreproDirective* vnxSourceFile::searchDefine(const char* name, TAIndex& visited) {
-  if (!_directiveList || !_directiveIndex) return nullptr;
-  const auto local = _directiveIndex->lastDefine.find(name);
-  const int localPosition = local == _directiveIndex->lastDefine.end() ? 0 : local->second;
-  const std::vector<int>& includes = _directiveIndex->includes;
+  DirectiveIndex* const index = directiveIndex();
+  if (!index) return nullptr;
+  const auto local = index->lastDefine.find(name);
+  const int localPosition = local == index->lastDefine.end() ? 0 : local->second;
+  const std::vector<int>& includes = index->includes;
   for (auto it = includes.rbegin(); it != includes.rend() && *it > localPosition; ++it) {
     auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[*it]);
     const char* includeName = include->getIncludeString();
@@ -329,8 +350,9 @@ void vnxSourceFile::getIncludeList(ZELListVal<ZELString>& out) {
     scanRawIncludes(out);
     return;
   }
-  if (!_directiveList || !_directiveIndex) return;
-  for (int position : _directiveIndex->includes) {
+  DirectiveIndex* const index = directiveIndex();
+  if (!index) return;
+  for (int position : index->includes) {
     auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[position]);
     if (const char* name = include->getIncludeString()) out.Append(name);
   }
