@@ -8,6 +8,10 @@
 #include <unordered_map>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "TAPerfoAv.h"
 #include "ZELFileBuffer.h"
 #include "source/vnxDiag.h"
@@ -133,27 +137,81 @@ vnxSourceFile::~vnxSourceFile() {
 
 // --- positions -------------------------------------------------------------
 
+namespace {
+
+// Entries the tables get beyond the text: the vector fill below writes whole
+// groups of four and may run up to three entries past the last character.
+constexpr size_t kTableSpare = 3;
+
+// Line and column of every character of raw[0, size). Sixteen characters at
+// a time where the machine has 128-bit vectors: each chunk is first written
+// as if it were all one line, then every line that starts inside it is
+// written again from its start, so a chunk costs a few stores plus a few
+// per newline, and no test per character. (A loop per line, as before, paid
+// a search and two loop set-ups per line, about four instructions per
+// character on ordinary code.)
+void fillLineAndColumn(const char* raw, int size, unsigned int* lines, unsigned int* columns) {
+  unsigned int line = 1;
+  unsigned int column = 1;  // of raw[k]
+  int k = 0;
+#if defined(__SSE2__)
+  const __m128i newline = _mm_set1_epi8('\n');
+  const __m128i steps = _mm_set_epi32(3, 2, 1, 0);
+  const __m128i four = _mm_set1_epi32(4);
+  for (; k + 16 <= size; k += 16) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(raw + k));
+    unsigned int newlines = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, newline)));
+    const __m128i lineVector = _mm_set1_epi32(static_cast<int>(line));
+    const __m128i columnVector = _mm_add_epi32(_mm_set1_epi32(static_cast<int>(column)), steps);
+    for (int j = 0; j < 16; j += 4) {
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(lines + k + j), lineVector);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + k + j),
+                       _mm_add_epi32(columnVector, _mm_set1_epi32(j)));
+    }
+    int from = k;
+    while (newlines != 0) {
+      // The newline belongs to the line it ends; the next line starts after it.
+      from = k + __builtin_ctz(newlines) + 1;
+      newlines &= newlines - 1;
+      ++line;
+      const __m128i nextLine = _mm_set1_epi32(static_cast<int>(line));
+      __m128i nextColumn = _mm_add_epi32(_mm_set1_epi32(1), steps);
+      for (int j = from; j < k + 16; j += 4) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(lines + j), nextLine);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + j), nextColumn);
+        nextColumn = _mm_add_epi32(nextColumn, four);
+      }
+      column = 1;
+    }
+    column += static_cast<unsigned int>(k + 16 - from);
+  }
+#endif
+  for (; k < size; ++k) {
+    lines[k] = line;
+    columns[k] = column;
+    if (raw[k] == '\n') {
+      ++line;
+      column = 1;
+    } else {
+      ++column;
+    }
+  }
+}
+
+}  // namespace
+
 void vnxSourceFile::buildLineAndColumnTables(const char* raw, int rawSize) {
   std::free(_lineTable);
   std::free(_columnTable);
-  const size_t entries = static_cast<size_t>(rawSize > 0 ? rawSize : 1);
+  const size_t entries = static_cast<size_t>(rawSize > 0 ? rawSize : 1) + kTableSpare;
   _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
   _columnTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
-  // Line by line: a fill and a count per line vectorise, a test per character does not.
-  unsigned int line = 1;
-  for (int k = 0; k < rawSize;) {
-    const void* newline = std::memchr(raw + k, '\n', static_cast<size_t>(rawSize - k));
-    const int end = newline ? static_cast<int>(static_cast<const char*>(newline) - raw) + 1 : rawSize;
-    std::fill(_lineTable + k, _lineTable + end, line);
-    unsigned int col = 1;
-    for (int j = k; j < end; ++j) _columnTable[j] = col++;
-    ++line;
-    k = end;
-  }
   if (rawSize <= 0) {
     _lineTable[0] = 0;
     _columnTable[0] = 0;
+    return;
   }
+  fillLineAndColumn(raw, rawSize, _lineTable, _columnTable);
 }
 
 void vnxSourceFile::countLines() {

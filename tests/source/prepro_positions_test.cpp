@@ -97,6 +97,51 @@ TEST(PreproPositions, ExpandedTextMapsToTheMacroName) {
   source->Release();
 }
 
+// The tables are filled sixteen characters at a time: newlines at every
+// offset of a chunk, several in one chunk, runs of them across chunk ends and
+// texts that stop at any offset of their last chunk must all count as a
+// character-by-character walk does.
+TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
+  std::vector<std::string> texts;
+  for (int length = 0; length <= 40; ++length) {
+    texts.push_back(std::string(static_cast<size_t>(length), 'a'));
+    texts.push_back(std::string(static_cast<size_t>(length), '\n'));
+    for (int at = 0; at < length; at += 5) {
+      std::string one(static_cast<size_t>(length), 'x');
+      one[static_cast<size_t>(at)] = '\n';
+      texts.push_back(one);
+    }
+  }
+  unsigned int seed = 12345;
+  for (int n = 0; n < 40; ++n) {
+    std::string text;
+    const unsigned int density = 1 + n % 7;  // one newline in 2 to 128 characters, on average
+    const size_t length = 16 * static_cast<size_t>(n % 9) + static_cast<size_t>(n % 17) + 30;
+    for (size_t k = 0; k < length; ++k) {
+      seed = seed * 1103515245u + 12345u;
+      const unsigned int r = (seed >> 16) & 0x7fff;
+      text += r % (1u << density) == 0 ? '\n' : (r % 11 == 0 ? '\r' : static_cast<char>('a' + r % 26));
+    }
+    texts.push_back(text);
+  }
+  for (const std::string& text : texts) {
+    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "t");
+    int line = 1, col = 1;
+    for (int k = 0; k < static_cast<int>(text.size()); ++k) {
+      int l = 0, c = 0;
+      ASSERT_EQ(0, source->GetPos(k, l, c));
+      ASSERT_EQ(std::make_pair(line, col), std::make_pair(l, c)) << "offset " << k << " of a text of " << text.size();
+      if (text[static_cast<size_t>(k)] == '\n') {
+        ++line;
+        col = 1;
+      } else {
+        ++col;
+      }
+    }
+    source->Release();
+  }
+}
+
 TEST(PreproPositions, OutOfRangeQueriesFailWithTheMessage) {
   vnxSourceFile* source = new vnxSourceFile("int a;\nint b;\n", nullptr, TAFileName());
   int line = 0, col = 0;
