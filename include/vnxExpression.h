@@ -79,6 +79,7 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   };
 
   vnxExpression() {}  // not defaulted: see vnxSyntaxe()
+  explicit vnxExpression(const Placement& at) : vnxSyntaxe(at) {}
   ~vnxExpression() override = default;
 
   // The split of [begin, end): the full right-to-left scan. 0, or -1 when a

@@ -71,6 +71,7 @@ class VNX_EXPORT vnxInstruction : public vnxSyntaxe {
   friend class TAPool;
 
   vnxInstruction() {}  // not defaulted: see vnxSyntaxe()
+  explicit vnxInstruction(const Placement& at) : vnxSyntaxe(at) {}
   ~vnxInstruction() override = default;
 
   // The instruction's text as Build reads it: [begin, end) without outer

@@ -246,6 +246,30 @@ class VNX_EXPORT vnxSyntaxe {
   vnxSyntaxe() {}
   virtual ~vnxSyntaxe() = default;
 
+  // Where a pool factory places a node under a (non-null) father: the pool
+  // constructs the slot with every field written once. block points to the
+  // slot's block, which the pool sets before it constructs the node.
+  struct Placement {
+    vnxSyntaxe* father;
+    void* const* block;
+    int type;
+    int begin;
+    int size;
+    int posInFather;
+    unsigned char poolKind;
+  };
+  // The source's hold and stream pointer are the factory's to set.
+  explicit vnxSyntaxe(const Placement& at)
+      : _ownerBlock(*at.block),
+        _depth(at.father->_depth + 1),
+        _source(at.father->_source),
+        _begin(at.begin),
+        _size(at.size < 0 ? 0 : at.size),
+        _type(at.type),
+        _poolKind(at.poolKind),
+        _father(at.father),
+        _posInFather(at.posInFather) {}
+
   // Places a freshly pooled node: type, begin, size (negative -> 0), position
   // in father; source, depth and stream pointer from file (a root) or from
   // father. With a null file / father nothing is set.
@@ -254,9 +278,10 @@ class VNX_EXPORT vnxSyntaxe {
   // Holds child (refCount + 1) as the next child. Null is ignored.
   void Append(vnxSyntaxe* child);
   // Drops what the node holds: source reference, content cache, children
-  // (queued to the release under way, which drops their holds), child array,
-  // sibling memos. Runs only inside Release. Subclasses extend it for their
-  // own fields and call this one.
+  // (their holds dropped; those left without one join the release under
+  // way), child array, sibling memos. Runs only inside Release, and only for
+  // nodes that no library pool holds: those die without it. Subclasses extend
+  // it for their own fields and call this one.
   virtual void Reset();
   // Gives this dead node back to the pool it came from (it is destroyed there).
   // Each pooled subclass overrides it with its own pool and _ownerBlock.
@@ -274,6 +299,10 @@ class VNX_EXPORT vnxSyntaxe {
   int _begin = 0;
   int _size = 0;
   int _type = 0;
+  // Which of the library's node pools the node came from, 0 for none (a
+  // caller's own subclass); set by the factories, read when the node dies.
+  // It sits in the padding after _type: the node keeps its size.
+  unsigned char _poolKind = 0;
   vnxSyntaxe* _firstChildren[2] = {nullptr, nullptr};
   vnxSyntaxe** _childArray = nullptr;
   int _childCount = 0;

@@ -30,8 +30,9 @@ class TAPool {
     alignas(T) unsigned char storage[sizeof(T) * kSlots];
   };
 
-  // Constructs a T in the next free slot; *block receives the slot's block.
-  // Answers null only when memory runs out.
+  // Constructs a T in the next free slot; *block receives the slot's block,
+  // before T's constructor runs (which may thus read it). Answers null only
+  // when memory runs out.
   template <class... Args>
   T* getNew(void** block, Args&&... args) {
     if (!_last || _last->nextSlot >= kSlots) {
@@ -70,6 +71,30 @@ class TAPool {
       return;
     }
     object->~T();
+    slotFreed(b);
+  }
+
+  // The same for a caller that knows the object is a T itself, not of a class
+  // derived from T: the destructor is called without a virtual call, which
+  // counts when whole trees of small objects are released.
+  void releaseExact(T* object, void* block) {
+    if (!object) return;
+    Block* b = static_cast<Block*>(block);
+    if (!b) {
+      TAFatalError(1, "TAPool::release of an object without a block");
+      return;
+    }
+    object->T::~T();
+    slotFreed(b);
+  }
+
+  int liveCount() const { return _live; }
+  int blockCount() const { return _blocks; }
+  static constexpr int slotsPerBlock() { return kSlots; }
+
+ private:
+  // One slot of b is dead; b is recycled when it was its last live one.
+  void slotFreed(Block* b) {
     --_live;
     if (++b->freeCount < kSlots) return;
     if (b->prev) b->prev->next = b->next;
@@ -86,11 +111,6 @@ class TAPool {
     ++_spareCount;
   }
 
-  int liveCount() const { return _live; }
-  int blockCount() const { return _blocks; }
-  static constexpr int slotsPerBlock() { return kSlots; }
-
- private:
   Block* _first = nullptr;
   Block* _last = nullptr;
   // Emptied blocks kept for reuse, linked through next: a tree is built and

@@ -8,19 +8,14 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/TAPool.h"
 #include "syntax/vnxExpressionWords.h"
 #include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxSyntaxePools.h"
 #include "syntax/vnxTreeCharClass.h"
 #include "vnxInstruction.h"
 #include "vnxSourceFile.h"
 
 namespace {
-
-TAPool<vnxExpression>& expressionPool() {
-  static TAPool<vnxExpression> pool;
-  return pool;
-}
 
 inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
 inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
@@ -29,6 +24,15 @@ bool startsWith(const char* s, int pos, int end, const char* word) {
   if (pos >= end || s[pos] != word[0]) return false;
   const int n = static_cast<int>(std::strlen(word));
   return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
+}
+
+// End of the run of word characters at begin, at most end. s is a source's
+// stream, NUL-terminated past every node, and NUL is no word character: the
+// walk needs no bound of its own (a word running on past end is cut there).
+inline int wordRunEnd(const char* s, int begin, int end) {
+  int i = begin;
+  while (isWordChar(s[i])) ++i;
+  return i < end ? i : end;
 }
 
 int failWith(const char* message) {
@@ -167,11 +171,8 @@ constexpr int kWordChainMinLength = 256;
 // --- pool ---------------------------------------------------------------------------
 
 vnxExpression* vnxExpression::CreateTAPExpression(vnxSyntaxe* father, int begin, int size, int posInFather) {
-  void* block = nullptr;
-  vnxExpression* node = expressionPool().getNew(&block);
-  if (!node) return nullptr;
-  vnxSyntaxeAccess::place(node, block, kExpression, father, begin, size, posInFather);
-  return node;
+  return vnxSyntaxeAccess::placeNew<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions, kExpression, father,
+                                                   begin, size, posInFather);
 }
 
 void vnxExpression::Reset() {
@@ -179,10 +180,10 @@ void vnxExpression::Reset() {
   std::memset(_operator, 0, sizeof(_operator));
 }
 
-void vnxExpression::ReturnToPool() { expressionPool().release(this, _ownerBlock); }
+void vnxExpression::ReturnToPool() { vnxpools::expressions.release(this, _ownerBlock); }
 
-int vnxExpression::GetPoolLiveCount() { return expressionPool().liveCount(); }
-int vnxExpression::GetPoolBlockCount() { return expressionPool().blockCount(); }
+int vnxExpression::GetPoolLiveCount() { return vnxpools::expressions.liveCount(); }
+int vnxExpression::GetPoolBlockCount() { return vnxpools::expressions.blockCount(); }
 
 // --- build --------------------------------------------------------------------------
 
@@ -202,9 +203,7 @@ int vnxExpression::buildWith(const Split* hint) {
   // ends at "id".
   const int givenBegin = _begin;
   const int givenEnd = _begin + _size;
-  int wordEnd = givenBegin;
-  while (wordEnd < givenEnd && isWordChar(s[wordEnd])) ++wordEnd;
-  if (wordEnd == givenEnd && _size > 0) {
+  if (wordRunEnd(s, givenBegin, givenEnd) == givenEnd && _size > 0) {
     setMarker("id");
     addLeaf(kTAPIdentifiant, _begin, _size);
     return 0;
@@ -215,9 +214,7 @@ int vnxExpression::buildWith(const Split* hint) {
   const int end = _begin + _size;
   if (begin != givenBegin || end != givenEnd) {
     // Narrowing may have left a single word.
-    wordEnd = begin;
-    while (wordEnd < end && isWordChar(s[wordEnd])) ++wordEnd;
-    if (wordEnd == end) {
+    if (wordRunEnd(s, begin, end) == end) {
       setMarker("id");
       addLeaf(kTAPIdentifiant, begin, _size);
       return 0;

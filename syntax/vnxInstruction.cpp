@@ -4,18 +4,13 @@
 
 #include <cstring>
 
-#include "platform/TAPool.h"
 #include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxSyntaxePools.h"
 #include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 #include "vnxSourceFile.h"
 
 namespace {
-
-TAPool<vnxInstruction>& instructionPool() {
-  static TAPool<vnxInstruction> pool;
-  return pool;
-}
 
 inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
 inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
@@ -206,11 +201,8 @@ const KeywordForm& formAt(const char* s, int p, int end) {
 // --- pool ---------------------------------------------------------------------------
 
 vnxInstruction* vnxInstruction::CreateTAPInstruction(vnxSyntaxe* father, int begin, int size, int posInFather) {
-  void* block = nullptr;
-  vnxInstruction* node = instructionPool().getNew(&block);
-  if (!node) return nullptr;
-  vnxSyntaxeAccess::place(node, block, kInstruction, father, begin, size, posInFather);
-  return node;
+  return vnxSyntaxeAccess::placeNew<vnxInstruction>(vnxpools::instructions, vnxpools::kInstructions, kInstruction,
+                                                    father, begin, size, posInFather);
 }
 
 void vnxInstruction::Reset() {
@@ -218,10 +210,10 @@ void vnxInstruction::Reset() {
   _preciseType = 0;
 }
 
-void vnxInstruction::ReturnToPool() { instructionPool().release(this, _ownerBlock); }
+void vnxInstruction::ReturnToPool() { vnxpools::instructions.release(this, _ownerBlock); }
 
-int vnxInstruction::GetPoolLiveCount() { return instructionPool().liveCount(); }
-int vnxInstruction::GetPoolBlockCount() { return instructionPool().blockCount(); }
+int vnxInstruction::GetPoolLiveCount() { return vnxpools::instructions.liveCount(); }
+int vnxInstruction::GetPoolBlockCount() { return vnxpools::instructions.blockCount(); }
 
 // --- build --------------------------------------------------------------------------
 

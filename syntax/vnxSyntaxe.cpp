@@ -7,34 +7,35 @@
 #include <vector>
 
 #include "TAFatalError.h"
-#include "platform/TAPool.h"
 #include "source/vnxDiag.h"
 #include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxSyntaxePools.h"
 #include "vnxSourceFile.h"
 #include "wbStream.h"
 
 ZELString vnxSyntaxe::ErrMsg;
 ZELListValZELString vnxSyntaxe::_listMacro;
 
+TAPool<vnxSyntaxe> vnxpools::nodes;
+TAPool<vnxInstruction> vnxpools::instructions;
+TAPool<vnxExpression> vnxpools::expressions;
+
 namespace {
 
 long long childArrayBytes = 0;
 
-TAPool<vnxSyntaxe>& nodePool() {
-  static TAPool<vnxSyntaxe> pool;
-  return pool;
-}
-
-// Nodes whose hold is to be dropped while a release is already running. The
-// release of a tree walks this list instead of recursing, so any depth is safe.
-struct ReleaseQueue {
-  std::vector<vnxSyntaxe*> pending;
-  bool draining = false;
+// The release under way: the nodes whose last hold is gone and that are not
+// freed yet, linked through their _nextCache (a memo nobody reads any more).
+// The walk takes them from this list instead of recursing, so any depth is
+// safe, and a node's children are pushed last first, so that a tree is freed
+// in the order it was built, which is the order of its nodes in the pools'
+// blocks.
+struct ReleaseWalk {
+  vnxSyntaxe* dead = nullptr;
+  bool running = false;
 };
 
-ReleaseQueue* const gReleaseQueue = new ReleaseQueue;  // outlives static destruction
-
-inline ReleaseQueue& releaseQueue() { return *gReleaseQueue; }
+ReleaseWalk gWalk;  // constant-initialised
 
 }  // namespace
 
@@ -42,19 +43,17 @@ inline ReleaseQueue& releaseQueue() { return *gReleaseQueue; }
 
 vnxSyntaxe* vnxSyntaxe::CreateTAPSyntaxe(int type, vnxSourceFile* file, int begin, int size, int posInFather) {
   void* block = nullptr;
-  vnxSyntaxe* node = nodePool().getNew(&block);
+  vnxSyntaxe* node = vnxpools::nodes.getNew(&block);
   if (!node) return nullptr;
   node->_ownerBlock = block;
+  node->_poolKind = vnxpools::kNodes;
   node->create(type, file, begin, size, posInFather);
   return node;
 }
 
 vnxSyntaxe* vnxSyntaxe::CreateTAPSyntaxe(int type, vnxSyntaxe* father, int begin, int size, int posInFather) {
-  void* block = nullptr;
-  vnxSyntaxe* node = nodePool().getNew(&block);
-  if (!node) return nullptr;
-  vnxSyntaxeAccess::place(node, block, type, father, begin, size, posInFather);
-  return node;
+  return vnxSyntaxeAccess::placeNew<vnxSyntaxe>(vnxpools::nodes, vnxpools::kNodes, type, father, begin, size,
+                                                posInFather);
 }
 
 void vnxSyntaxe::create(int type, vnxSourceFile* file, int begin, int size, int posInFather) {
@@ -100,24 +99,60 @@ void vnxSyntaxe::Append(vnxSyntaxe* child) {
   ++_childCount;
 }
 
-void vnxSyntaxe::Release() {
-  vnxSyntaxeAccess::emptyListMacro();
-  ReleaseQueue& queue = releaseQueue();
-  if (queue.draining) {
-    queue.pending.push_back(this);
+inline void vnxSyntaxeAccess::dropHold(vnxSyntaxe* node) {
+  if (__builtin_expect(node->_refCount <= 0, 0)) {
+    TAFatalError(1, "vnxSyntaxe::Release of a node already released");
     return;
   }
-  queue.draining = true;
-  vnxSyntaxeAccess::dropHold(this);
-  // Children are queued last first, so the walk takes them first first: a
-  // tree is released in the order it was built, which is the order of its
-  // nodes in the pools' blocks.
-  while (!queue.pending.empty()) {
-    vnxSyntaxe* node = queue.pending.back();
-    queue.pending.pop_back();
-    vnxSyntaxeAccess::dropHold(node);
+  if (--node->_refCount > 0) return;
+  node->_nextCache = gWalk.dead;
+  gWalk.dead = node;
+}
+
+// A node that no library pool holds dies through its own virtual operations.
+__attribute__((noinline)) static void buryForeign(vnxSyntaxe* node) {
+  vnxSyntaxeAccess::bury(node);
+}
+
+inline void vnxSyntaxeAccess::bury(vnxSyntaxe* node) {
+  const unsigned char kind = node->_poolKind;
+  if (kind == vnxpools::kForeign) {
+    node->Reset();
+    node->_refCount = 1;
+    node->ReturnToPool();
+    return;
   }
-  queue.draining = false;
+  // A pooled node is never seen again once its slot is freed: only what it
+  // holds is given back, none of its fields is cleared.
+  if (node->_source) node->_source->Release();
+  if (node->_contentCache) std::free(node->_contentCache);
+  if (const int count = node->_childCount) {
+    vnxSyntaxe* const* children = node->_childArray ? node->_childArray : node->_firstChildren;
+    for (int i = count - 1; i >= 0; --i) dropHold(children[i]);
+  }
+  if (node->_childArray) {
+    std::free(node->_childArray);
+    childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * node->_childCapacity;
+  }
+  void* const block = node->_ownerBlock;
+  if (kind == vnxpools::kExpressions) vnxpools::expressions.releaseExact(static_cast<vnxExpression*>(node), block);
+  else if (kind == vnxpools::kInstructions) vnxpools::instructions.releaseExact(static_cast<vnxInstruction*>(node), block);
+  else vnxpools::nodes.releaseExact(node, block);
+}
+
+void vnxSyntaxe::Release() {
+  vnxSyntaxeAccess::emptyListMacro();
+  vnxSyntaxeAccess::dropHold(this);
+  // Inside a release under way (a subclass's Reset releasing something), the
+  // walk below takes the node.
+  if (gWalk.running) return;
+  gWalk.running = true;
+  while (vnxSyntaxe* node = gWalk.dead) {
+    gWalk.dead = node->_nextCache;
+    if (vnxSyntaxeAccess::pooled(node)) vnxSyntaxeAccess::bury(node);
+    else buryForeign(node);
+  }
+  gWalk.running = false;
 }
 
 void vnxSyntaxe::Reset() {
@@ -129,11 +164,10 @@ void vnxSyntaxe::Reset() {
     _contentCache = nullptr;
   }
   if (_childCount > 0) {
-    // The children's holds are dropped by the release under way (Reset runs
-    // only inside one): queued here rather than through each child's Release.
-    std::vector<vnxSyntaxe*>& pending = releaseQueue().pending;
+    // Reset runs only inside a release, whose walk frees the children left
+    // without a hold.
     vnxSyntaxe* const* children = _childArray ? _childArray : _firstChildren;
-    for (int i = _childCount - 1; i >= 0; --i) pending.push_back(children[i]);
+    for (int i = _childCount - 1; i >= 0; --i) vnxSyntaxeAccess::dropHold(children[i]);
   }
   if (_childArray) {
     std::free(_childArray);
@@ -147,10 +181,10 @@ void vnxSyntaxe::Reset() {
   _nextCache = _previousCache = nullptr;
 }
 
-void vnxSyntaxe::ReturnToPool() { nodePool().release(this, _ownerBlock); }
+void vnxSyntaxe::ReturnToPool() { vnxpools::nodes.release(this, _ownerBlock); }
 
-int vnxSyntaxe::GetPoolLiveCount() { return nodePool().liveCount(); }
-int vnxSyntaxe::GetPoolBlockCount() { return nodePool().blockCount(); }
+int vnxSyntaxe::GetPoolLiveCount() { return vnxpools::nodes.liveCount(); }
+int vnxSyntaxe::GetPoolBlockCount() { return vnxpools::nodes.blockCount(); }
 long long vnxSyntaxe::GetChildArrayBytes() { return childArrayBytes; }
 
 vnxSyntaxe* vnxSyntaxe::badChildIndex() {

@@ -8,18 +8,13 @@
 #include "vnxSyntaxe.h"
 
 struct vnxSyntaxeAccess {
-  // One hold less; at zero the node is reset (its children queued for release)
-  // and handed back to its pool.
-  static void dropHold(vnxSyntaxe* node) {
-    if (node->_refCount <= 0) {
-      TAFatalError(1, "vnxSyntaxe::Release of a node already released");
-      return;
-    }
-    if (--node->_refCount > 0) return;
-    node->Reset();
-    node->_refCount = 1;
-    node->ReturnToPool();
-  }
+  // One hold less on node; a node left without any joins the release under
+  // way (defined with the release walk, the only user).
+  static void dropHold(vnxSyntaxe* node);
+  // Frees a node whose last hold is gone: what it holds, then its slot.
+  static void bury(vnxSyntaxe* node);
+  // Whether node came from one of the library's pools.
+  static bool pooled(const vnxSyntaxe* node) { return node->_poolKind != 0; }
 
   // The node's characters, when its whole extent lies inside its stream.
   static bool text(const vnxSyntaxe* node, const char*& text, int& length) {
@@ -63,6 +58,28 @@ struct vnxSyntaxeAccess {
       source->AddRef();
       node->_streamAtBegin = streamAt(source, begin);
     }
+  }
+
+  // A node of class T (vnxSyntaxe or a subclass) from pool, placed under
+  // father as place does, in one construction of the slot.
+  template <class T, class Pool>
+  static T* placeNew(Pool& pool, unsigned char poolKind, int type, vnxSyntaxe* father, int begin, int size,
+                     int posInFather) {
+    void* block = nullptr;
+    if (!father) {
+      T* node = pool.getNew(&block);
+      if (!node) return nullptr;
+      node->_ownerBlock = block;
+      node->_poolKind = poolKind;
+      return node;
+    }
+    const vnxSyntaxe::Placement at{father, &block, type, begin, size, posInFather, poolKind};
+    T* node = pool.getNew(&block, at);
+    if (node && node->_source) {
+      node->_source->AddRef();
+      node->_streamAtBegin = streamAt(node->_source, begin);
+    }
+    return node;
   }
 
   // Pointer to offset begin of source's stream, or null when the source has

@@ -185,7 +185,8 @@ enum : unsigned char { kBlockStop = 1, kParStop = 2, kIndexStop = 4 };
 struct ForwardClasses {
   unsigned char of[256] = {};
   ForwardClasses() {
-    for (const char c : {'"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = kBlockStop | kParStop | kIndexStop;
+    // NUL ends a stream: the walks over the stream being built stop there.
+    for (const char c : {'"', '\'', '(', '[', 'L', '\0'}) of[static_cast<unsigned char>(c)] = kBlockStop | kParStop | kIndexStop;
     for (const char c : {'{', '}', '/'}) of[static_cast<unsigned char>(c)] |= kBlockStop;
     of[static_cast<unsigned char>(')')] |= kParStop;
     // A parenthesis walk passes over ']', but stops to note it: a backward
@@ -322,10 +323,18 @@ int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, 
   int result = -1;
   for (int i = from; i <= limit; ++i) {
     // Started on a character it passes over, a walk answers its start.
-    while (i > from && !(forwardClass(s[i]) & mask)) {
-      if (++i > limit) break;
+    if (i > from) {
+      // Over the stream being built, its NUL stops the skip (limit lies
+      // before it); any other text is walked within limit.
+      if (keep) {
+        while (!(forwardClass(s[i]) & mask)) ++i;
+      } else {
+        while (!(forwardClass(s[i]) & mask)) {
+          if (++i > limit) break;
+        }
+      }
+      if (i > limit) break;
     }
-    if (i > limit) break;
     const char c = s[i];
     if (keep) {
       if (c == '"' || c == '\'' || c == '[' || c == ']' || (c == 'L' && i < limit && isQuote(s[i + 1]))) ++memo.mixed;

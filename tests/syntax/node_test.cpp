@@ -6,6 +6,8 @@
 
 #include "TestSupport.h"
 #include "expression_render.h"
+#include "vnxExpression.h"
+#include "vnxInstruction.h"
 #include "vnxSyntaxePath.h"
 
 namespace {
@@ -122,6 +124,82 @@ TEST(TreeNode, ReleasingAVeryDeepTreeDoesNotRecurse) {
     EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline + 300001);
   }
   EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), baseline);
+}
+
+// Nodes of every pool alive now.
+int liveNodesOfAllPools() {
+  return vnxSyntaxe::GetPoolLiveCount() + vnxInstruction::GetPoolLiveCount() + vnxExpression::GetPoolLiveCount();
+}
+
+int subtreeSize(vnxSyntaxe* node) {
+  int size = 1;
+  for (int i = 1; i <= node->ChildCount(); ++i) size += subtreeSize(node->Child(i));
+  return size;
+}
+
+TEST(TreeNode, ASubtreeHeldFromOutsideOutlivesItsTreeWithItsSourceAndChildren) {
+  const int baseline = liveNodesOfAllPools();
+  const char* text = "f(a, b); if(x) { y = g(z, w); } h();";
+  vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text, "hold.cpp");
+  vnxSyntaxe* root = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kFile, source, 0, source->GetSize(), 1);
+  ASSERT_EQ(root->Build(0), 0);
+  vnxSyntaxe* held = root->Child(2);
+  ASSERT_EQ(held->GetPreciseType(), vnxInstruction::tIf);
+  const int heldNodes = subtreeSize(held);
+  ASSERT_GT(heldNodes, 5);
+  vnxSyntaxe* deepLeaf = held->GetLastLeaf();
+  deepLeaf->AddRef();  // a second outside hold, inside the held subtree
+  held->AddRef();
+
+  root->Release();
+  EXPECT_EQ(liveNodesOfAllPools(), baseline + heldNodes) << "only the held subtree is left";
+  EXPECT_EQ(source->GetRefCount(), 1 + heldNodes) << "each node left still holds the source";
+  EXPECT_EQ(subtreeSize(held), heldNodes);
+  EXPECT_STREQ(held->GetContent(), "if(x) { y = g(z, w); }");
+  EXPECT_STREQ(deepLeaf->GetContent(), "w");
+
+  held->Release();
+  EXPECT_EQ(liveNodesOfAllPools(), baseline + 1) << "the leaf still held";
+  EXPECT_STREQ(deepLeaf->GetContent(), "w");
+  deepLeaf->Release();
+  EXPECT_EQ(liveNodesOfAllPools(), baseline);
+  EXPECT_EQ(source->GetRefCount(), 1);
+  source->Release();
+}
+
+// A node of a caller's own class, from the heap, in a tree of pooled nodes.
+class HeapNode : public vnxSyntaxe {
+ public:
+  static int returned;
+  static HeapNode* add(vnxSyntaxe* father, int begin, int size) {
+    HeapNode* node = new HeapNode;
+    node->create(vnxSyntaxe::kExpression, father, begin, size, father->ChildCount() + 1);
+    Attach::append(father, node);
+    node->Release();
+    return node;
+  }
+
+ protected:
+  void ReturnToPool() override {
+    ++returned;
+    delete this;
+  }
+};
+int HeapNode::returned = 0;
+
+TEST(TreeNode, ReleasingATreeGivesEachNodeBackWhereItCameFrom) {
+  const int baseline = liveNodesOfAllPools();
+  HeapNode::returned = 0;
+  {
+    Tree tree("a+b c");
+    vnxSyntaxe* pooled = tree.add(tree.root(), vnxSyntaxe::kExpression, 0, 3);
+    HeapNode* own = HeapNode::add(pooled, 0, 1);
+    tree.add(own, vnxSyntaxe::kTAPIdentifiant, 0, 1);  // a pooled node under the caller's one
+    HeapNode::add(tree.root(), 4, 1);
+    EXPECT_EQ(liveNodesOfAllPools(), baseline + 3);
+  }
+  EXPECT_EQ(HeapNode::returned, 2);
+  EXPECT_EQ(liveNodesOfAllPools(), baseline);
 }
 
 TEST(TreeNode, PositionsAndTextComeFromTheSourceStream) {
