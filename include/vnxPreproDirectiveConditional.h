@@ -61,6 +61,8 @@ class VNX_EXPORT vnxPreproDirectiveConditional : public vnxZELPreproDirective {
  protected:
   template <class, int>
   friend class TAPool;
+  // The group evaluates the condition where it is kept, without a copy.
+  friend class vnxPreproConditionalGroup;
 
   explicit vnxPreproDirectiveConditional(vnxSourceFile* source);
   ~vnxPreproDirectiveConditional() override;

@@ -1,6 +1,55 @@
 #include "ZELListValvnxToken.h"
 
+#include <new>
+
 #include "TAFatalError.h"
+
+namespace {
+
+// Every list's tokens come from one free list of slots, carved from blocks
+// that are kept for the next lists: the pass makes and drops condition lists
+// by the thousand per file, and a malloc and a free per token cost more than
+// the token. Like the other pools, it serves one thread.
+union TokenSlot {
+  TokenSlot* next;
+  alignas(vnxToken) unsigned char storage[sizeof(vnxToken)];
+};
+
+struct TokenSlots {
+  static constexpr int kPerBlock = 256;
+  TokenSlot* free = nullptr;
+  TokenSlot* blocks = nullptr;  // linked through each block's first slot, which is never handed out
+
+  void* take() {
+    if (!free) {
+      auto* block = static_cast<TokenSlot*>(::operator new(sizeof(TokenSlot) * kPerBlock));
+      block[0].next = blocks;
+      blocks = block;
+      for (int i = kPerBlock - 1; i >= 1; --i) {
+        block[i].next = free;
+        free = &block[i];
+      }
+    }
+    TokenSlot* slot = free;
+    free = slot->next;
+    return slot->storage;
+  }
+
+  void give(vnxToken* token) {
+    token->~vnxToken();
+    auto* slot = reinterpret_cast<TokenSlot*>(token);
+    slot->next = free;
+    free = slot;
+  }
+};
+
+// Never destroyed: lists in static storage may release tokens at exit.
+TokenSlots& tokenSlots() {
+  static TokenSlots* slots = new TokenSlots;
+  return *slots;
+}
+
+}  // namespace
 
 ZELListVal<vnxToken>::ZELListVal(const ZELListVal& other) { Append(other); }
 
@@ -13,7 +62,7 @@ ZELListVal<vnxToken>& ZELListVal<vnxToken>::operator=(const ZELListVal& other) {
 
 ZELListVal<vnxToken>::~ZELListVal() { RemoveAll(); }
 
-void ZELListVal<vnxToken>::Append(const vnxToken& token) { _tokens.Append(new vnxToken(token)); }
+void ZELListVal<vnxToken>::Append(const vnxToken& token) { _tokens.Append(new (tokenSlots().take()) vnxToken(token)); }
 
 void ZELListVal<vnxToken>::Append(const ZELListVal& other) {
   // The size is read once, so appending a list to itself doubles it.
@@ -40,12 +89,12 @@ const vnxToken& ZELListVal<vnxToken>::operator[](int pos) const {
 
 void ZELListVal<vnxToken>::RemovePosition(int pos) {
   if (pos < 1 || pos > Size()) return;
-  delete at(pos);
+  tokenSlots().give(at(pos));
   _tokens.RemovePosition(pos);
 }
 
 void ZELListVal<vnxToken>::RemoveAll(ZELCollec::MemoryHandling handling) {
-  for (int pos = Size(); pos >= 1; --pos) delete at(pos);
+  for (int pos = Size(); pos >= 1; --pos) tokenSlots().give(at(pos));
   _tokens.RemoveAll(handling);
 }
 

@@ -16,7 +16,7 @@
 #ifndef VNX_SOURCE_BRANCH_MEMO_H
 #define VNX_SOURCE_BRANCH_MEMO_H
 
-#include <unordered_map>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -55,17 +55,16 @@ class vnxBranchMemo {
   // the newline `end` (both working positions).
   void record(int start, int end) {
     if (start < _rawFrom || end < start) return;
-    _ends[start - _delta] = end - _delta;
+    _ends.put(start - _delta, end - _delta);
   }
 
   // The working position of the end recorded for a walk starting at the
   // newline `start`, or -1.
   int lookup(int start) {
     if (start < _rawFrom || _ends.empty()) return -1;
-    const auto found = _ends.find(start - _delta);
-    if (found == _ends.end()) return -1;
-    const int rawStart = found->first;
-    const int rawEnd = found->second;
+    const int rawStart = start - _delta;
+    const int rawEnd = _ends.get(rawStart);
+    if (rawEnd < 0) return -1;
     // A text blanked ahead of the scan after the walk was recorded: the
     // entry holds if its walk stayed clear of every such stretch.
     for (auto it = _blanked.rbegin(); it != _blanked.rend(); ++it) {
@@ -110,7 +109,61 @@ class vnxBranchMemo {
   const unsigned int* _lines = nullptr;
   const unsigned int* _columns = nullptr;
   int _rawSize = 0;
-  std::unordered_map<int, int> _ends;           // raw start newline -> raw end newline
+  // Raw start newline -> raw end newline, both never negative: an open
+  // addressing table in one array, since a pass records thousands of ends
+  // and a node per entry cost more than the walks it saves.
+  class Ends {
+   public:
+    bool empty() const { return _count == 0; }
+    void put(int key, int value) {
+      if (2 * (_count + 1) > static_cast<int>(_slots.size())) grow();
+      const std::size_t i = indexOf(key);
+      Slot& slot = _slots[i];
+      if (slot.key < 0) {
+        slot.key = key;
+        ++_count;
+        _used.push_back(i);
+      }
+      slot.value = value;
+    }
+    int get(int key) const {
+      if (_slots.empty()) return -1;
+      const Slot& slot = _slots[indexOf(key)];
+      return slot.key < 0 ? -1 : slot.value;
+    }
+    // Empties the slots in use only: a pass may clear often.
+    void clear() {
+      for (const std::size_t i : _used) _slots[i].key = -1;
+      _used.clear();
+      _count = 0;
+    }
+
+   private:
+    struct Slot {
+      int key = -1;
+      int value = 0;
+    };
+    // The slot holding key, or the empty one where it would go.
+    std::size_t indexOf(int key) const {
+      const std::size_t mask = _slots.size() - 1;
+      std::size_t i = (static_cast<unsigned int>(key) * 2654435761u) & mask;
+      while (_slots[i].key >= 0 && _slots[i].key != key) i = (i + 1) & mask;
+      return i;
+    }
+    void grow() {
+      std::vector<Slot> old;
+      old.swap(_slots);
+      _slots.assign(old.empty() ? 64 : 2 * old.size(), Slot());
+      _used.clear();
+      _count = 0;
+      for (const Slot& slot : old)
+        if (slot.key >= 0) put(slot.key, slot.value);
+    }
+    std::vector<Slot> _slots;  // a power of two of them, at most half in use
+    std::vector<std::size_t> _used;  // indexes of the slots in use
+    int _count = 0;
+  };
+  Ends _ends;
   std::vector<std::pair<int, int>> _blanked;  // raw stretches blanked ahead, furthest first
 };
 

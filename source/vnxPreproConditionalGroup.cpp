@@ -281,8 +281,7 @@ int vnxPreproConditionalGroup::computeSucceedingDirective() {
   _succeedingDirective = nullptr;
   if (_directives.Size() == 0) return -1;
   Directive* first = _directives[1];
-  ZELListVal<vnxToken> condition;
-  first->getControlCondition(condition);
+  const ZELListVal<vnxToken>& condition = first->_controlCondition;
   switch (first->getConditionalDirectiveType()) {
     case Directive::Ifdef:
     case Directive::Ifndef: {
@@ -312,9 +311,7 @@ int vnxPreproConditionalGroup::computeSucceedingDirective() {
       return 0;
     }
     if (type == Directive::Elif) {
-      ZELListVal<vnxToken> elifCondition;
-      directive->getControlCondition(elifCondition);
-      if (computeCondition(elifCondition, directive->getBeginLineInRawStream())) {
+      if (computeCondition(directive->_controlCondition, directive->getBeginLineInRawStream())) {
         _succeedingDirective = directive;
         return 0;
       }

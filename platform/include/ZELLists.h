@@ -20,6 +20,8 @@
 struct ZELCollec {
   // How RemoveAll treats the collection's storage; both forms empty the list.
   enum MemoryHandling { KeepMemory = 0, FreeMemory = 1 };
+  // Room the pointer collections take at their first element.
+  static constexpr size_t kFirstCapacity = 4;
 };
 
 template <class T>
@@ -72,7 +74,12 @@ template <class T>
 class ZELListPtr {
  public:
   int Size() const { return static_cast<int>(_items.size()); }
-  void Append(T* value) { _items.push_back(value); }
+  void Append(T* value) {
+    // Most lists stay short: one allocation for the first few elements
+    // rather than one per doubling from one.
+    if (_items.capacity() == 0) _items.reserve(ZELCollec::kFirstCapacity);
+    _items.push_back(value);
+  }
   void Append(const ZELListPtr<T>& other) {
     std::vector<T*> copy(other._items);
     _items.insert(_items.end(), copy.begin(), copy.end());
@@ -128,7 +135,10 @@ class VNX_EXPORT ZELRawCollPV {
   typedef int (*CompareFunction)(const void* a, const void* b);
 
   int Size() const { return static_cast<int>(_items.size()); }
-  void Append(void* value) { _items.push_back(value); }
+  void Append(void* value) {
+    if (_items.capacity() == 0) _items.reserve(ZELCollec::kFirstCapacity);
+    _items.push_back(value);
+  }
   void InsertAt(int pos, void* value);
   void* operator[](int pos) const;  // null outside 1..Size()
   void Set(int pos, void* value);
