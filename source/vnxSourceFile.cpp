@@ -359,6 +359,16 @@ void vnxSourceFile::addPreproConditionalGroup(vnxPreproConditionalGroup* group) 
 
 vnxZELPreproDirective* vnxSourceFile::getDefineDirective(const char* name) {
   if (!name || !*name) return nullptr;
+  if (!_symbolTable) {
+    // No table, no included file to look into (resolveIncludedSource): the
+    // answer is this file's last define. The pass asks this for every
+    // #ifdef, and walking the includes for nothing cost thousands of
+    // instructions a question in files with many of them.
+    DirectiveIndex* const index = directiveIndex();
+    if (!index) return nullptr;
+    const auto local = index->lastDefine.find(name);
+    return local == index->lastDefine.end() ? nullptr : (*_directiveList)[local->second];
+  }
   TAIndex visited;
   visited.Append(_name, nullptr);
   return searchDefine(name, visited);
@@ -386,7 +396,8 @@ vnxZELPreproDirective* vnxSourceFile::searchDefine(const char* name, TAIndex& vi
 }
 
 // Included files are reached through the symbol table that loaded this file;
-// a source on its own has none, and its look-up stays inside the file.
+// a source on its own has none, and its look-up stays inside the file
+// (getDefineDirective counts on that: without a table it never comes here).
 vnxSourceFile* vnxSourceFile::resolveIncludedSource(const char* /*includeName*/) { return nullptr; }
 
 // --- macro registry ----------------------------------------------------------

@@ -21,6 +21,11 @@ TEST(PreproStream, TheStreamIsTheCodeSqueezedWithNoiseCommentsDirectivesAndDeadB
       {"char * p;", "char* p;"}, {"std::vector< int > v;", "std::vector< int >v;"}, {"a ? b : c;", "a ? b: c;"},
       {"f(a ) ; g( b  ) ;h(x\t)", "f(a);g(b);h(x)"}, {"    indented;\n\t\t  more  ;\n", "indented;more;"},
       {"int a;\r\nint b;\r\n", "int a;int b;"}, {"a\\\nb", "a b"}, {"int \xC3\xA9;", "int;"},
+      // Long runs of blanks, stepped over sixteen at a time: a run ending at
+      // each offset of a chunk, a tab or a newline inside one, a run to the end.
+      {"a                 b", "a b"}, {"a                                b", "a b"},
+      {"a                \t   \t  \n       b", "a b"}, {"x ;                         ", "x;"},
+      {"f(                      x                 )", "f(x)"},
       // Literals keep their content.
       {"s = \"a  b\" ;", "s =\"a  b\";"},
       {"x = \"a /* not a comment */ b\";", "x =\"a /* not a comment */ b\";"},
