@@ -1,6 +1,7 @@
 // The argument-list builder: the text between a call's parentheses, cut at its
 // top-level commas into one expression per argument under an "Arguments" node.
 #include "syntax/vnxSyntaxeAccess.h"
+#include "syntax/vnxTreeByteSet.h"
 #include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 #include "vnxInstruction.h"
@@ -12,15 +13,16 @@ inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
 
 // The characters the walk over the arguments looks at; it steps over others.
 struct ArgumentStops {
-  bool of[256] = {};
+  unsigned char of[256] = {};
   ArgumentStops() {
-    for (const char c : {'"', '\'', '(', '[', ',', ';'}) of[static_cast<unsigned char>(c)] = true;
+    for (const char c : {'"', '\'', '(', '[', ',', ';'}) of[static_cast<unsigned char>(c)] = 1;
   }
 };
 
 const ArgumentStops kArgumentStops;
+const vnxtreebytes::ByteSet<6> kArgumentStopSet(kArgumentStops.of, 1);
 
-inline bool stopsArguments(char c) { return kArgumentStops.of[static_cast<unsigned char>(c)]; }
+inline bool stopsArguments(char c) { return kArgumentStops.of[static_cast<unsigned char>(c)] != 0; }
 
 int failWith(const char* message) {
   vnxSyntaxe::ErrMsg = message;
@@ -61,6 +63,8 @@ int vnxInstruction::BuildListOfArgs(vnxSyntaxe* arguments) {
 
   int from = begin;
   for (int i = begin; i < end; ++i) {
+    i = kArgumentStopSet.skipForward(s, i, end - 1);
+    if (i >= end) break;
     if (!stopsArguments(s[i])) continue;
     switch (s[i]) {
       case '"':

@@ -11,6 +11,7 @@
 #include "syntax/vnxExpressionWords.h"
 #include "syntax/vnxSyntaxeAccess.h"
 #include "syntax/vnxSyntaxePools.h"
+#include "syntax/vnxTreeByteSet.h"
 #include "syntax/vnxTreeCharClass.h"
 #include "vnxInstruction.h"
 #include "vnxSourceFile.h"
@@ -87,8 +88,12 @@ int closingOf(const char* s, int i, int last) {
 // parenthesis or a bracket that is not closed (or closed without being
 // opened). Braces are taken as groups when they match and ignored otherwise.
 // When trace is given, every blank and group is kept in it too.
-int readShape(const char* s, int begin, int last, Shape& shape, vnxwords::ShapeTrace* trace = nullptr) {
+// s may be read up to readable (at or past last).
+int readShape(const char* s, int begin, int last, int readable, Shape& shape,
+              vnxwords::ShapeTrace* trace = nullptr) {
   for (int i = begin; i <= last; ++i) {
+    i = vnxtreebytes::skipToShapeStop(s, i, last, readable);
+    if (i > last) break;
     const char c = s[i];
     if (!vnxtreechar::isBlankOrGroup(c)) continue;
     switch (c) {
@@ -314,7 +319,7 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
 
   Shape shape;
   if (words) shapeFromChain(words->shape, words->colon, words->blankBeforeColon, end, shape);
-  else if (readShape(s, begin, last, shape)) return 1;
+  else if (readShape(s, begin, last, _source->GetSize(), shape)) return 1;
   // The left operand of "mt", "in" and "dc" is this text cut short: it and
   // its own left operands read their scans from one record of this text's.
   Split chained;
@@ -325,7 +330,7 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
     } else if (_size >= kWordChainMinLength) {
       Shape traced;
       walkWordChain(s, begin, end, chain);
-      readShape(s, begin, last, traced, &chain.shape);
+      readShape(s, begin, last, _source->GetSize(), traced, &chain.shape);
       chain.colon = traced.colon;
       chain.blankBeforeColon = traced.blankBeforeColon;
       chained.words = &chain;

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "syntax/vnxExpressionWords.h"
+#include "syntax/vnxTreeByteSet.h"
 #include "syntax/vnxTreeCharClass.h"
 #include "vnxExpression.h"
 
@@ -230,7 +231,8 @@ int walkOperators(const char* s, int begin, int from, int end, Visit&& visit,
   for (int i = from; i >= begin;) {
     const unsigned char k = walkClass(s[i]);
     if (k == kPlain) {
-      --i;
+      // Words and blanks, most of any text, are passed over by the chunk.
+      i = vnxtreebytes::skipWordsBackwardInText(s, i - 1, begin, true);
       continue;
     }
     if (k == kCloser) {

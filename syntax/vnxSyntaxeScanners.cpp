@@ -16,6 +16,7 @@
 #include "vnxSourceFile.h"
 #include "syntax/vnxSyntaxeAccess.h"
 #include "syntax/vnxSyntaxeScan.h"
+#include "syntax/vnxTreeByteSet.h"
 #include "vnxSyntaxe.h"
 #include "wbPathFinder.h"
 
@@ -202,6 +203,20 @@ inline unsigned char forwardMask(Closer kind) {
   return kind == Closer::Block ? kBlockStop : kind == Closer::Par ? kParStop : kIndexStop;
 }
 
+// The same stops, sixteen characters at a time.
+const vnxtreebytes::ByteSet<9> kBlockStops(kForwardClasses.of, kBlockStop);
+const vnxtreebytes::ByteSet<8> kParStops(kForwardClasses.of, kParStop);
+const vnxtreebytes::ByteSet<7> kIndexStops(kForwardClasses.of, kIndexStop);
+
+// Skips whole chunks of [i, limit] that hold no stop of kind.
+inline int skipToForwardStop(Closer kind, const char* s, int i, int limit) {
+  switch (kind) {
+    case Closer::Block: return kBlockStops.skipForward(s, i, limit);
+    case Closer::Par: return kParStops.skipForward(s, i, limit);
+    default: return kIndexStops.skipForward(s, i, limit);
+  }
+}
+
 // The same for the backward walks.
 struct BackwardClasses {
   unsigned char of[256] = {};
@@ -326,6 +341,8 @@ int endOfMatching(Closer kind, const char* s, int from, int limit, int nesting, 
     if (i > from) {
       // Over the stream being built, its NUL stops the skip (limit lies
       // before it); any other text is walked within limit.
+      i = skipToForwardStop(kind, s, i, limit);
+      if (i > limit) break;
       if (keep) {
         while (!(forwardClass(s[i]) & mask)) ++i;
       } else {
@@ -763,19 +780,22 @@ bool colonEndsInstruction(const char* s, int i, int k, int limit) {
 
 // The characters the general walk looks at; it steps over all others.
 struct InstructionStops {
-  bool of[256] = {};
+  unsigned char of[256] = {};
   InstructionStops() {
-    for (const char c : {'?', ':', ';', '{', '"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = true;
+    for (const char c : {'?', ':', ';', '{', '"', '\'', '(', '[', 'L'}) of[static_cast<unsigned char>(c)] = 1;
   }
 };
 
 const InstructionStops kInstructionStops;
+const vnxtreebytes::ByteSet<9> kInstructionStopSet(kInstructionStops.of, 1);
 
-inline bool stopsInstruction(char c) { return kInstructionStops.of[static_cast<unsigned char>(c)]; }
+inline bool stopsInstruction(char c) { return kInstructionStops.of[static_cast<unsigned char>(c)] != 0; }
 
 // The general walk from `from`: the first ';', a ':' that ends, a block.
 int scanInstruction(const char* s, int from, int i, int limit, int nested, int pending) {
   for (int k = from; k <= limit; ++k) {
+    k = kInstructionStopSet.skipForward(s, k, limit);
+    if (k > limit) break;
     if (!stopsInstruction(s[k])) continue;
     int jump = -1;  // end of a construct jumped over; 0 when it is not closed
     switch (s[k]) {

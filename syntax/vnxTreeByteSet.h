@@ -1,0 +1,185 @@
+// Internal: a small set of byte values that the tree scanners stop at, tested
+// sixteen characters at a time where the machine allows it. A scanner first
+// skips whole chunks holding none of its stops, then looks at the stop with
+// its usual per-character rules; the set must therefore hold every character
+// at which that scalar walk would stop (it is built from the walk's own class
+// table for that reason). Loads never pass the bound the caller gives.
+#ifndef VNX_SYNTAX_TREE_BYTE_SET_H
+#define VNX_SYNTAX_TREE_BYTE_SET_H
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace vnxtreebytes {
+
+// N values exactly: a fixed count lets the compiler unroll the tests.
+template <int N>
+class ByteSet {
+ public:
+  // The values c for which (classes[c] & mask) != 0. Unless there are exactly
+  // N of them the set stays unusable, and the scanner walks as before.
+  explicit ByteSet(const unsigned char (&classes)[256], unsigned char mask) {
+    int count = 0;
+    for (int c = 0; c < 256; ++c) {
+      if (!(classes[c] & mask)) continue;
+      if (count == N) return;
+#if defined(__SSE2__)
+      _values[count] = _mm_set1_epi8(static_cast<char>(c));
+#endif
+      ++count;
+    }
+    _usable = count == N;
+  }
+
+  // Skips whole chunks of [i, limit] that hold no stop: the first stop of
+  // the first chunk that holds one, or the offset (up to limit + 1) from
+  // which the scalar walk goes on. Never below i.
+  int skipForward(const char* s, int i, int limit) const {
+#if defined(__SSE2__)
+    if (!_usable) return i;
+    while (i + 15 <= limit) {
+      const unsigned hits = hitsAt(s + i);
+      if (hits) return i + __builtin_ctz(hits);
+      i += 16;
+    }
+#else
+    (void)s;
+    (void)limit;
+#endif
+    return i;
+  }
+
+  // The same backwards, down to lowest - 1. Never above i.
+  int skipBackward(const char* s, int i, int lowest) const {
+#if defined(__SSE2__)
+    if (!_usable) return i;
+    while (i - 15 >= lowest) {
+      const unsigned hits = hitsAt(s + i - 15);
+      if (hits) return i - 15 + (31 - __builtin_clz(hits));
+      i -= 16;
+    }
+#else
+    (void)s;
+    (void)lowest;
+#endif
+    return i;
+  }
+
+ private:
+#if defined(__SSE2__)
+  unsigned hitsAt(const char* p) const {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    __m128i any = _mm_cmpeq_epi8(chunk, _values[0]);
+    for (int k = 1; k < N; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(chunk, _values[k]));
+    return static_cast<unsigned>(_mm_movemask_epi8(any));
+  }
+  __m128i _values[N];
+#endif
+  bool _usable = false;
+};
+
+// Word characters (ASCII letters, digits, '_') and, when withSpace, ' ':
+// the characters most scanners pass over. Like ByteSet's, these skip whole
+// chunks only; they answer the first (last) offset of the first chunk that
+// holds another character, or where the scalar walk goes on, which may be
+// limit + 1 (lowest - 1) when every chunk was skipped.
+#if defined(__SSE2__)
+inline unsigned otherThanWordsAt(const char* p, bool withSpace) {
+  const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  const __m128i letter = _mm_sub_epi8(_mm_or_si128(chunk, _mm_set1_epi8(0x20)), _mm_set1_epi8('a'));
+  const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, _mm_set1_epi8(25)), letter);
+  const __m128i digit = _mm_sub_epi8(chunk, _mm_set1_epi8('0'));
+  const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(digit, _mm_set1_epi8(9)), digit);
+  __m128i word = _mm_or_si128(_mm_or_si128(isLetter, isDigit), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('_')));
+  if (withSpace) word = _mm_or_si128(word, _mm_cmpeq_epi8(chunk, _mm_set1_epi8(' ')));
+  return ~static_cast<unsigned>(_mm_movemask_epi8(word)) & 0xFFFFu;
+}
+#endif
+
+inline int skipWordsForward(const char* s, int i, int limit, bool withSpace) {
+#if defined(__SSE2__)
+  while (i + 15 <= limit) {
+    const unsigned others = otherThanWordsAt(s + i, withSpace);
+    if (others) return i + __builtin_ctz(others);
+    i += 16;
+  }
+#else
+  (void)s;
+  (void)limit;
+  (void)withSpace;
+#endif
+  return i;
+}
+
+inline int skipWordsBackward(const char* s, int i, int lowest, bool withSpace) {
+#if defined(__SSE2__)
+  while (i - 15 >= lowest) {
+    const unsigned others = otherThanWordsAt(s + i - 15, withSpace);
+    if (others) return i - 15 + (31 - __builtin_clz(others));
+    i -= 16;
+  }
+#else
+  (void)s;
+  (void)lowest;
+  (void)withSpace;
+#endif
+  return i;
+}
+
+// Blanks, quotes, brackets and ':' (what a text's shape scan stops at), among
+// a few others the scan then steps over: controls and ' ', '"' to ')', ':',
+// '[', ']', '{', '}'. Skips whole chunks of [i, last] holding none; reads
+// chunks up to readable (an offset of s that may be read, at or past last)
+// and ignores what lies past last. May answer last + 1.
+inline int skipToShapeStop(const char* s, int i, int last, int readable) {
+#if defined(__SSE2__)
+  while (i <= last && i + 15 <= readable) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(chunk, _mm_set1_epi8(0x20)), chunk);
+    const __m128i quoteToParen = _mm_sub_epi8(chunk, _mm_set1_epi8('"'));
+    const __m128i inQuoteToParen =
+        _mm_cmpeq_epi8(_mm_min_epu8(quoteToParen, _mm_set1_epi8(')' - '"')), quoteToParen);
+    // '[' and ']' differ from '{' and '}' by the 0x20 bit only.
+    const __m128i folded = _mm_or_si128(chunk, _mm_set1_epi8(0x20));
+    const __m128i bracket =
+        _mm_or_si128(_mm_cmpeq_epi8(folded, _mm_set1_epi8('{')), _mm_cmpeq_epi8(folded, _mm_set1_epi8('}')));
+    const __m128i colon = _mm_cmpeq_epi8(chunk, _mm_set1_epi8(':'));
+    unsigned stops = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(control, inQuoteToParen), _mm_or_si128(bracket, colon))));
+    if (i + 15 > last) stops &= (1u << (last - i + 1)) - 1;
+    if (stops) return i + __builtin_ctz(stops);
+    i += 16;
+  }
+#else
+  (void)s;
+  (void)last;
+  (void)readable;
+#endif
+  return i;
+}
+
+// skipWordsBackward for short ranges too: reads whole chunks below lowest,
+// down to offset 0 of s (which must be readable from 0 to i), and ignores
+// what lies below lowest.
+inline int skipWordsBackwardInText(const char* s, int i, int lowest, bool withSpace) {
+#if defined(__SSE2__)
+  while (i >= lowest && i >= 15) {
+    const int base = i - 15;
+    unsigned others = otherThanWordsAt(s + base, withSpace);
+    if (base < lowest) others &= 0xFFFFu << (lowest - base);
+    if (others) return base + (31 - __builtin_clz(others));
+    if (base <= lowest) return lowest - 1;
+    i -= 16;
+  }
+#else
+  (void)s;
+  (void)lowest;
+  (void)withSpace;
+#endif
+  return i;
+}
+
+}  // namespace vnxtreebytes
+
+#endif

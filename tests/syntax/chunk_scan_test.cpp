@@ -1,0 +1,90 @@
+// The scanners pass over long runs of ordinary characters sixteen at a time:
+// texts whose stops fall at every offset of a chunk, and at its bounds, must
+// give what one character at a time gives.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "expression_render.h"
+#include "vnxSyntaxe.h"
+
+namespace {
+
+// n ordinary characters: words and single blanks, never a stop.
+std::string filler(int n) {
+  static const char pattern[] = "abc de_f9 GhIj k";
+  std::string out;
+  for (int i = 0; i < n; ++i) out += pattern[i % (sizeof(pattern) - 1)];
+  return out;
+}
+
+// A word of n letters.
+std::string word(int n) { return std::string(static_cast<size_t>(n), 'w'); }
+
+int lastOf(const std::string& text) { return static_cast<int>(text.size()) - 1; }
+
+constexpr int kLongest = 40;  // past two chunks and a half
+
+TEST(TreeChunkScan, BracketWalksStopAtEveryOffsetOfAChunk) {
+  for (int n = 0; n <= kLongest; ++n) {
+    const std::string par = "(" + filler(n) + ")" + filler(20);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, lastOf(par)), n + 1) << par;
+    // A closer just past the limit is not seen.
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, n), 0) << par;
+    const std::string index = "[" + filler(n) + "(x]" + filler(n) + ")]";
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfIndex(index.c_str(), 0, lastOf(index)), lastOf(index)) << index;
+    const std::string block = "{" + filler(n) + "\"}\"" + filler(n) + "}" + filler(17);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPBloc(block.c_str(), 0, lastOf(block), 0), 2 * n + 4) << block;
+    const std::string wide = "(" + filler(n) + "L\")\")";
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(wide.c_str(), 0, lastOf(wide)), lastOf(wide)) << wide;
+  }
+}
+
+TEST(TreeChunkScan, InstructionEndIsFoundAtEveryOffsetOfAChunk) {
+  for (int n = 0; n <= kLongest; ++n) {
+    const std::string plain = filler(n) + ";" + filler(20);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(plain.c_str(), 0, lastOf(plain), 0, 0), n) << plain;
+    const std::string jumped = filler(n) + "(;)" + filler(n) + ";";
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(jumped.c_str(), 0, lastOf(jumped), 0, 0), lastOf(jumped))
+        << jumped;
+    const std::string unended = filler(n);
+    if (n > 0) {
+      EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(unended.c_str(), 0, n - 1, 0, 0), n - 1) << unended;
+    }
+  }
+}
+
+TEST(TreeChunkScan, ExpressionsSplitAndTakeTheirShapeWhateverTheirLength) {
+  for (int n = 1; n <= kLongest; ++n) {
+    const std::string a = word(n);
+    const std::string b = word(kLongest + 1 - n);
+    const struct {
+      std::string text;
+      std::string tree;
+    } rows[] = {
+        {a + " + " + b, "+(" + a + "," + b + ")"},
+        {a + "-" + b + "-" + a, "-(-(" + a + "," + b + ")," + a + ")"},
+        {"unsigned " + a, "dc(unsigned," + a + ")"},
+        {"const " + a + " " + b, "dc(dc(const," + a + ")," + b + ")"},
+        {a + "(" + b + ", " + a + ")", "mt(" + a + ",args(" + b + "," + a + "))"},
+        {a + "[" + b + "]", "in(" + a + "," + b + ")"},
+        {"int " + a + " : 3", "dc(int,:(" + a + ",3))"},
+    };
+    for (const auto& row : rows) {
+      exprtest::BuiltExpression built(row.text);
+      EXPECT_EQ(built.tree(), row.tree) << row.text;
+    }
+  }
+}
+
+TEST(TreeChunkScan, UnclosedBracketsAreReportedWhateverTheirOffset) {
+  for (int n = 0; n <= kLongest; ++n) {
+    const std::string text = "f(" + word(n) + ", g(" + word(n) + ")";
+    exprtest::BuiltExpression built(text);
+    EXPECT_NE(built.status(), 0) << text;
+    EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Missing )") << text;
+  }
+}
+
+}  // namespace
