@@ -36,9 +36,14 @@ void ZELFileBuffer::load() {
   if (!_fromFile || _fileName.empty()) return;
   FILE* file = std::fopen(_fileName.c_str(), "rb");
   if (!file) return;
+  // The text is read straight into its own buffer: a stream buffer would be
+  // one more allocation per file, and seeking to the end would fill it with
+  // the file's last block for nothing.
+  std::setvbuf(file, nullptr, _IONBF, 0);
   // Read in chunks rather than trusting a size from seek/tell: pipes and
-  // special files have none. A regular file's size is still the first
-  // capacity asked for, so that a large file is read without regrowing.
+  // special files have none, or say 0. A regular file's size (plus one, to
+  // see its end in the same read) is the first capacity asked for, so that a
+  // large file is read without regrowing and a small one takes no more.
   size_t capacity = 1 << 16;
   if (std::fseek(file, 0, SEEK_END) == 0) {
     const long end = std::ftell(file);
@@ -46,8 +51,7 @@ void ZELFileBuffer::load() {
       std::fclose(file);
       return;
     }
-    if (end >= 0 && static_cast<unsigned long>(end) < std::numeric_limits<unsigned int>::max() / 2 &&
-        static_cast<size_t>(end) + 1 > capacity)
+    if (end > 0 && static_cast<unsigned long>(end) < std::numeric_limits<unsigned int>::max() / 2)
       capacity = static_cast<size_t>(end) + 1;
   } else {
     std::clearerr(file);
@@ -73,11 +77,16 @@ void ZELFileBuffer::load() {
       }
       text = grown;
     }
-    const size_t got = std::fread(text + size, 1, capacity - size, file);
+    const size_t wanted = capacity - size;
+    const size_t got = std::fread(text + size, 1, wanted, file);
     size += got;
-    if (got == 0) {
-      failed = std::ferror(file) != 0;
-      break;
+    if (got < wanted) {
+      // A short read is the end of the file or an error: no need to ask again.
+      if (std::ferror(file) != 0) {
+        failed = true;
+        break;
+      }
+      if (std::feof(file) != 0 || got == 0) break;
     }
   }
   std::fclose(file);
