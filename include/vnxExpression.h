@@ -56,6 +56,12 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
  private:
   template <class T, int kSlots>
   friend class TAPool;
+  friend class vnxInstruction;  // builds its expressions through addBuilt
+
+  // Appends to father, whose source's stream is s, an expression over
+  // [from, to) (from <= to, inside the stream), builds it and leaves it held
+  // by father alone: the build status (0 when the pool is exhausted).
+  static int addBuilt(vnxSyntaxe* father, const char* s, int from, int to);
 
   // Where a text splits: the operator's offset, length and level, and the
   // next operator of the same level further left (nextPos -1 when there is
@@ -93,6 +99,11 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   bool leadingSplit(const char* s, int begin, int end, const Split& hint, Split& split) const;
   // Build with the split handed down by the father, when there is one.
   int buildWith(const Split* hint);
+  // The same for a node whose text is known to lie inside its source's
+  // stream s (a child placed by a builder of this class).
+  int buildText(const char* s, const Split* hint);
+  // Sets the depth message; 1.
+  int depthFailure() const;
   // Trims blanks and outer parentheses off the node: 1, 0 when nothing is
   // left, -1 (ErrMsg set) when the parentheses nest too deep.
   int narrow(const char* s);

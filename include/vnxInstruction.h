@@ -101,6 +101,8 @@ class VNX_EXPORT vnxInstruction : public vnxSyntaxe {
   // -1 with ErrMsg set.
   int addBlock(const char* s, const Text& text, int open);
   void addLeaf(int type, int begin, int size);
+  // One argument of BuildListOfArgs over [from, to) of s.
+  static int addArgument(vnxSyntaxe* arguments, const char* s, int from, int to);
 
   int _preciseType = 0;
 };

@@ -29,21 +29,20 @@ int failWith(const char* message) {
   return 1;
 }
 
-// One argument over [from, to): an expression, or a null node when it is empty.
-int addArgument(vnxSyntaxe* arguments, const char* s, int from, int to) {
+}  // namespace
+
+// One argument over [from, to) of s, a range inside the arguments' stream: an
+// expression, or a null node when it is empty.
+int vnxInstruction::addArgument(vnxSyntaxe* arguments, const char* s, int from, int to) {
   while (from < to && isBlank(s[from])) ++from;
   while (to > from && isBlank(s[to - 1])) --to;
-  vnxSyntaxe* child = nullptr;
-  if (to == from) child = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kSyntaxeNULL, arguments, from, 0, arguments->ChildCount() + 1);
-  else child = vnxExpression::CreateTAPExpression(arguments, from, to - from, arguments->ChildCount() + 1);
+  if (to != from) return vnxExpression::addBuilt(arguments, s, from, to);
+  vnxSyntaxe* child = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kSyntaxeNULL, arguments, from, 0, arguments->ChildCount() + 1);
   if (!child) return 0;
   vnxSyntaxeAccess::append(arguments, child);
-  const int status = to == from ? 0 : child->Build(0);
   vnxSyntaxeAccess::dropBuilderHold(child);
-  return status;
+  return 0;
 }
-
-}  // namespace
 
 int vnxInstruction::BuildListOfArgs(vnxSyntaxe* arguments) {
   if (!arguments) return 0;

@@ -27,13 +27,13 @@ bool startsWith(const char* s, int pos, int end, const char* word) {
   return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
 }
 
-// End of the run of word characters at begin, at most end. s is a source's
-// stream, NUL-terminated past every node, and NUL is no word character: the
-// walk needs no bound of its own (a word running on past end is cut there).
-inline int wordRunEnd(const char* s, int begin, int end) {
-  int i = begin;
-  while (isWordChar(s[i])) ++i;
-  return i < end ? i : end;
+// Whether [begin, end) holds word characters only (true when it is empty).
+// s may be read up to readable, at or past end: whole chunks are tested at
+// once, the last few characters one by one.
+inline bool onlyWordChars(const char* s, int begin, int end, int readable) {
+  int i = vnxtreebytes::skipWordsInText(s, begin, end - 1, readable);
+  while (i < end && isWordChar(s[i])) ++i;
+  return i == end;
 }
 
 int failWith(const char* message) {
@@ -195,20 +195,26 @@ int vnxExpression::GetPoolBlockCount() { return vnxpools::expressions.blockCount
 int vnxExpression::Build(int) { return buildWith(nullptr); }
 
 int vnxExpression::buildWith(const Split* hint) {
-  if (_depth > kMaxDepth) {
-    ErrMsg = "Depth too high when building a vnxExpression : " + toString(_depth);
-    return 1;
-  }
+  if (_depth > kMaxDepth) return depthFailure();
   if (!_source || !_streamAtBegin || !_source->GetStream()) return 0;
-  const char* s = _source->GetStream();
   if (_begin < 0 || _begin + _size > _source->GetSize()) return 0;
+  return buildText(_source->GetStream(), hint);
+}
 
+int vnxExpression::depthFailure() const {
+  ErrMsg = "Depth too high when building a vnxExpression : " + toString(_depth);
+  return 1;
+}
+
+int vnxExpression::buildText(const char* s, const Split* hint) {
+  if (_depth > kMaxDepth) return depthFailure();
   // A single word, by far the most common text, holds no operator, no
   // bracket and no blank: narrowing leaves it as it is, and every rule below
   // ends at "id".
   const int givenBegin = _begin;
   const int givenEnd = _begin + _size;
-  if (wordRunEnd(s, givenBegin, givenEnd) == givenEnd && _size > 0) {
+  const int readable = _source->GetSize();
+  if (_size > 0 && onlyWordChars(s, givenBegin, givenEnd, readable)) {
     setMarker("id");
     addLeaf(kTAPIdentifiant, _begin, _size);
     return 0;
@@ -219,7 +225,7 @@ int vnxExpression::buildWith(const Split* hint) {
   const int end = _begin + _size;
   if (begin != givenBegin || end != givenEnd) {
     // Narrowing may have left a single word.
-    if (wordRunEnd(s, begin, end) == end) {
+    if (onlyWordChars(s, begin, end, readable)) {
       setMarker("id");
       addLeaf(kTAPIdentifiant, begin, _size);
       return 0;
@@ -360,7 +366,8 @@ int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {
 int vnxExpression::buildCall(const char* marker, int open, int close, const Split* calleeHint) {
   setOperator(marker, 2);
   if (addOperand(_begin, open, calleeHint)) return 1;
-  vnxSyntaxe* arguments = CreateTAPSyntaxe(kArguments, this, open + 1, close - open - 1, _childCount + 1);
+  vnxSyntaxe* arguments = vnxSyntaxeAccess::placeUnder<vnxSyntaxe>(vnxpools::nodes, vnxpools::kNodes, kArguments, this,
+                                                                    _source->GetStream(), open + 1, close - open - 1);
   if (!arguments) return 0;
   vnxSyntaxeAccess::append(this, arguments);
   const int status = vnxInstruction::BuildListOfArgs(arguments);
@@ -376,16 +383,30 @@ int vnxExpression::addOperand(int from, int to, const Split* hint) {
     addLeaf(kSyntaxeNULL, from, to - from);
     return 0;
   }
-  vnxExpression* child = CreateTAPExpression(this, from, to - from, _childCount + 1);
+  // This node's text lies inside its stream, and so does the child's: the
+  // child is placed and built without checking it again.
+  vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
+                                                                     kExpression, this, s, from, to - from);
   if (!child) return 0;
   vnxSyntaxeAccess::append(this, child);
-  const int status = child->buildWith(hint);
+  const int status = child->buildText(s, hint);
+  vnxSyntaxeAccess::dropBuilderHold(child);
+  return status;
+}
+
+int vnxExpression::addBuilt(vnxSyntaxe* father, const char* s, int from, int to) {
+  vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
+                                                                     kExpression, father, s, from, to - from);
+  if (!child) return 0;
+  vnxSyntaxeAccess::append(father, child);
+  const int status = child->buildText(s, nullptr);
   vnxSyntaxeAccess::dropBuilderHold(child);
   return status;
 }
 
 void vnxExpression::addLeaf(int type, int begin, int size) {
-  vnxSyntaxe* leaf = CreateTAPSyntaxe(type, this, begin, size, _childCount + 1);
+  vnxSyntaxe* leaf = vnxSyntaxeAccess::placeUnder<vnxSyntaxe>(vnxpools::nodes, vnxpools::kNodes, type, this,
+                                                               _source->GetStream(), begin, size);
   vnxSyntaxeAccess::attachLeaf(this, leaf);
 }
 

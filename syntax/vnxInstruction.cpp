@@ -374,6 +374,8 @@ int vnxInstruction::addExpression(int from, int to, bool always) {
   from = skipBlanks(s, from, to);
   while (to > from && isBlank(s[to - 1])) --to;
   if (to <= from && !always) return 0;
+  // Build checked that the instruction lies inside its stream.
+  if (from <= to) return vnxExpression::addBuilt(this, s, from, to);
   vnxExpression* child = vnxExpression::CreateTAPExpression(this, from, to - from, _childCount + 1);
   if (!child) return 0;
   vnxSyntaxeAccess::append(this, child);

@@ -82,6 +82,24 @@ struct vnxSyntaxeAccess {
     return node;
   }
 
+  // A node of class T from pool under father, whose source is not null and
+  // whose stream s is that source's, over [begin, begin + size) with begin
+  // inside the stream (its end included): what placeNew makes, without the
+  // checks a builder has made already. Inline, so that each builder's
+  // creation of its children is one straight run of stores.
+  template <class T, class Pool>
+  static T* placeUnder(Pool& pool, unsigned char poolKind, int type, vnxSyntaxe* father, const char* s, int begin,
+                       int size) {
+    void* block = nullptr;
+    const vnxSyntaxe::Placement at{father, &block, type, begin, size, father->_childCount + 1, poolKind};
+    T* node = pool.getNew(&block, at);
+    if (node) {
+      node->_source->AddRef();
+      node->_streamAtBegin = s + begin;
+    }
+    return node;
+  }
+
   // Pointer to offset begin of source's stream, or null when the source has
   // no stream or begin lies outside it.
   static const char* streamAt(const vnxSourceFile* source, int begin) {

@@ -159,6 +159,29 @@ inline int skipToShapeStop(const char* s, int i, int last, int readable) {
   return i;
 }
 
+// skipWordsForward for short ranges too: reads chunks up to readable (an
+// offset of s that may be read, at or past last) and ignores what lies past
+// last. Answers the first offset of [i, last] that is no word character, or
+// where the scalar walk goes on (last + 1 when the whole range was words).
+inline int skipWordsInText(const char* s, int i, int last, int readable) {
+#if defined(__SSE2__)
+  while (i <= last && i + 15 <= readable) {
+    unsigned others = otherThanWordsAt(s + i, false);
+    if (i + 15 >= last) {
+      if (i + 15 > last) others &= (1u << (last - i + 1)) - 1;
+      return others ? i + __builtin_ctz(others) : last + 1;
+    }
+    if (others) return i + __builtin_ctz(others);
+    i += 16;
+  }
+#else
+  (void)s;
+  (void)last;
+  (void)readable;
+#endif
+  return i;
+}
+
 // skipWordsBackward for short ranges too: reads whole chunks below lowest,
 // down to offset 0 of s (which must be readable from 0 to i), and ignores
 // what lies below lowest.
