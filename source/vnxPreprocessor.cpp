@@ -307,6 +307,20 @@ void vnxPreprocessor::finish() {
 // need no care inside it.
 namespace {
 
+// Whether the look-around character c, met at from inside a run of ordinary
+// characters written up to to (so never after a blank), is copied as the
+// dispatch below would copy it: 'l' unless it may end "call" or "cdecl", ')'
+// unless a 't' stands just before it, 'Z' and 'S' unless an 'E' follows.
+// 'l' alone ends a word often enough that breaking the run there cost a
+// dispatch every few words.
+inline bool staysPlain(char c, const char* out, const char* to, const char* from) {
+  if (c == 'l')
+    return to - out < 3 || !((to[-1] == 'l' && to[-2] == 'a' && to[-3] == 'c') ||
+                             (to[-1] == 'c' && to[-2] == 'e' && to[-3] == 'd'));
+  if (c == ')') return to[-1] != 't' && (to - out < 2 || to[-2] != 't');
+  return from[1] != 'E';
+}
+
 // Offset of the first character from i on (before end) that is not a
 // skipped blank. Indentation and alignment are long runs of spaces: they are
 // stepped over sixteen at a time where the machine has 128-bit vectors.
@@ -372,7 +386,8 @@ int vnxPreprocessor::copyRun(int i, const int end) {
         ++position;
         if (++from == stop) break;
         c = *from;
-      } while (kScan.kind[static_cast<unsigned char>(c)] == kPlain &&
+      } while ((kScan.kind[static_cast<unsigned char>(c)] == kPlain ||
+                (kScan.kind[static_cast<unsigned char>(c)] == kLookAround && staysPlain(c, out, to, from))) &&
                !(to >= out + 9 && to[-9] == 'e' && to[-8] == 'x'));
       i = static_cast<int>(from - work);
       length = static_cast<int>(to - out);
