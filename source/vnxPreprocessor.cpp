@@ -59,7 +59,11 @@ inline bool dropsBlankAfter(char c) { return kPunctuation.flags[static_cast<unsi
 // it, and kLookAround ones ('l', ')', 'Z', 'S') are plain unless the text
 // around them may be a rewritten keyword or a list macro. Every other
 // character needs the full loop.
-enum : unsigned char { kSlow = 0, kPlain, kSkippedBlank, kNewline, kPunctuationMark, kLookAround };
+enum : unsigned char { kSlow = 0, kPlain, kPunctuationMark, kLookAround, kSkippedBlank, kNewline };
+
+// Inside a run of ordinary characters (so never just after a blank) a
+// punctuation mark has no blank to drop and is copied like them.
+inline bool continuesRun(unsigned char kind) { return kind == kPlain || kind == kPunctuationMark; }
 
 struct ScanTable {
   unsigned char kind[256] = {};
@@ -386,7 +390,7 @@ int vnxPreprocessor::copyRun(int i, const int end) {
         ++position;
         if (++from == stop) break;
         c = *from;
-      } while ((kScan.kind[static_cast<unsigned char>(c)] == kPlain ||
+      } while ((continuesRun(kScan.kind[static_cast<unsigned char>(c)]) ||
                 (kScan.kind[static_cast<unsigned char>(c)] == kLookAround && staysPlain(c, out, to, from))) &&
                !(to >= out + 9 && to[-9] == 'e' && to[-8] == 'x'));
       i = static_cast<int>(from - work);
