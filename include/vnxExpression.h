@@ -102,6 +102,11 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   // The same for a node whose text is known to lie inside its source's
   // stream s (a child placed by a builder of this class).
   int buildText(const char* s, const Split* hint);
+  // buildText for a child placed by this class: a single word is told
+  // without a call; any other text goes on to buildPhrase.
+  int buildPlaced(const char* s, const Split* hint);
+  // buildText for a text that is not a single word, within the depth limit.
+  int buildPhrase(const char* s, const Split* hint);
   // Sets the depth message; 1.
   int depthFailure() const;
   // Trims blanks and outer parentheses off the node: 1, 0 when nothing is

@@ -38,9 +38,7 @@ int vnxInstruction::addArgument(vnxSyntaxe* arguments, const char* s, int from, 
   while (to > from && isBlank(s[to - 1])) --to;
   if (to != from) return vnxExpression::addBuilt(arguments, s, from, to);
   vnxSyntaxe* child = vnxSyntaxe::CreateTAPSyntaxe(vnxSyntaxe::kSyntaxeNULL, arguments, from, 0, arguments->ChildCount() + 1);
-  if (!child) return 0;
-  vnxSyntaxeAccess::append(arguments, child);
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::attachLeaf(arguments, child);
   return 0;
 }
 

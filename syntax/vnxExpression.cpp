@@ -21,10 +21,14 @@ namespace {
 inline bool isBlank(char c) { return vnxtreechar::isBlank(c); }
 inline bool isWordChar(char c) { return vnxtreechar::isWord(c); }
 
-bool startsWith(const char* s, int pos, int end, const char* word) {
-  if (pos >= end || s[pos] != word[0]) return false;
-  const int n = static_cast<int>(std::strlen(word));
-  return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
+// The word's length is known at compile time: the comparison is a few
+// inline byte tests, the first of which rejects most texts.
+template <int N>
+bool startsWith(const char* s, int pos, int end, const char (&word)[N]) {
+  if (pos >= end || s[pos] != word[0] || pos + (N - 1) > end) return false;
+  for (int k = 1; k < N - 1; ++k)
+    if (s[pos + k] != word[k]) return false;
+  return true;
 }
 
 // Whether [begin, end) holds word characters only (true when it is empty).
@@ -206,19 +210,25 @@ int vnxExpression::depthFailure() const {
   return 1;
 }
 
-int vnxExpression::buildText(const char* s, const Split* hint) {
+inline int vnxExpression::buildPlaced(const char* s, const Split* hint) {
   if (_depth > kMaxDepth) return depthFailure();
   // A single word, by far the most common text, holds no operator, no
-  // bracket and no blank: narrowing leaves it as it is, and every rule below
-  // ends at "id".
-  const int givenBegin = _begin;
-  const int givenEnd = _begin + _size;
-  const int readable = _source->GetSize();
-  if (_size > 0 && onlyWordChars(s, givenBegin, givenEnd, readable)) {
+  // bracket and no blank: narrowing leaves it as it is, and every rule of
+  // buildPhrase ends at "id". Told here, it costs its builder no call.
+  if (_size > 0 && onlyWordChars(s, _begin, _begin + _size, _source->GetSize())) {
     setMarker("id");
     addLeaf(kTAPIdentifiant, _begin, _size);
     return 0;
   }
+  return buildPhrase(s, hint);
+}
+
+int vnxExpression::buildText(const char* s, const Split* hint) { return buildPlaced(s, hint); }
+
+int vnxExpression::buildPhrase(const char* s, const Split* hint) {
+  const int givenBegin = _begin;
+  const int givenEnd = _begin + _size;
+  const int readable = _source->GetSize();
   const int narrowed = narrow(s);
   if (narrowed <= 0) return narrowed < 0 ? 1 : 0;
   const int begin = _begin;
@@ -369,9 +379,9 @@ int vnxExpression::buildCall(const char* marker, int open, int close, const Spli
   vnxSyntaxe* arguments = vnxSyntaxeAccess::placeUnder<vnxSyntaxe>(vnxpools::nodes, vnxpools::kNodes, kArguments, this,
                                                                     _source->GetStream(), open + 1, close - open - 1);
   if (!arguments) return 0;
-  vnxSyntaxeAccess::append(this, arguments);
+  vnxSyntaxeAccess::adopt(this, arguments);
   const int status = vnxInstruction::BuildListOfArgs(arguments);
-  vnxSyntaxeAccess::dropBuilderHold(arguments);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 
@@ -388,9 +398,9 @@ int vnxExpression::addOperand(int from, int to, const Split* hint) {
   vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
                                                                      kExpression, this, s, from, to - from);
   if (!child) return 0;
-  vnxSyntaxeAccess::append(this, child);
-  const int status = child->buildText(s, hint);
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::adopt(this, child);
+  const int status = child->buildPlaced(s, hint);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 
@@ -398,9 +408,9 @@ int vnxExpression::addBuilt(vnxSyntaxe* father, const char* s, int from, int to)
   vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
                                                                      kExpression, father, s, from, to - from);
   if (!child) return 0;
-  vnxSyntaxeAccess::append(father, child);
-  const int status = child->buildText(s, nullptr);
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::adopt(father, child);
+  const int status = child->buildPlaced(s, nullptr);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 

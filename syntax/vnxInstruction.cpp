@@ -20,13 +20,6 @@ bool startsWith(const char* s, int pos, int end, const char* word) {
   return pos + n <= end && std::memcmp(s + pos, word, static_cast<size_t>(n)) == 0;
 }
 
-// A keyword written without its following character matches only as a whole
-// word: "do" must not take "double x", nor "return" "returnCode=f()".
-bool startsWithWord(const char* s, int pos, int end, const char* word) {
-  const int n = static_cast<int>(std::strlen(word));
-  return startsWith(s, pos, end, word) && (pos + n == end || !isWordChar(s[pos + n]));
-}
-
 int skipBlanks(const char* s, int from, int end) {
   while (from < end && isBlank(s[from])) ++from;
   return from;
@@ -187,11 +180,37 @@ const KeywordForm kKeywordForms[] = {
 
 const KeywordForm kPlainForm = {"", false, vnxInstruction::tNone, Form::Expression, 0};
 
+constexpr int kFormCount = static_cast<int>(sizeof(kKeywordForms) / sizeof(kKeywordForms[0]));
+static_assert(kFormCount <= 32, "one bit per keyword form");
+
+// For each first character, the keyword forms that start with it (bit k for
+// kKeywordForms[k]), and each keyword's length: most instructions start with
+// a character no keyword starts with, and are told so by one load.
+struct FormIndex {
+  unsigned byFirst[256] = {};
+  int length[kFormCount] = {};
+  FormIndex() {
+    for (int k = 0; k < kFormCount; ++k) {
+      byFirst[static_cast<unsigned char>(kKeywordForms[k].keyword[0])] |= 1u << k;
+      length[k] = static_cast<int>(std::strlen(kKeywordForms[k].keyword));
+    }
+  }
+};
+
+const FormIndex kFormIndex;
+
 const KeywordForm& formAt(const char* s, int p, int end) {
-  for (const KeywordForm& form : kKeywordForms) {
-    if (p >= end || s[p] != form.keyword[0]) continue;  // most instructions start with no keyword
-    const bool match = form.wholeWord ? startsWithWord(s, p, end, form.keyword) : startsWith(s, p, end, form.keyword);
-    if (match) return form;
+  if (p >= end) return kPlainForm;
+  // The forms are tried in table order: the first that matches decides.
+  for (unsigned forms = kFormIndex.byFirst[static_cast<unsigned char>(s[p])]; forms; forms &= forms - 1) {
+    const int k = __builtin_ctz(forms);
+    const KeywordForm& form = kKeywordForms[k];
+    const int n = kFormIndex.length[k];
+    if (p + n > end || std::memcmp(s + p, form.keyword, static_cast<size_t>(n)) != 0) continue;
+    // A keyword written without its following character matches only as a
+    // whole word: "do" must not take "double x", nor "return" "returnCode=f()".
+    if (form.wholeWord && p + n != end && isWordChar(s[p + n])) continue;
+    return form;
   }
   return kPlainForm;
 }
@@ -378,18 +397,18 @@ int vnxInstruction::addExpression(int from, int to, bool always) {
   if (from <= to) return vnxExpression::addBuilt(this, s, from, to);
   vnxExpression* child = vnxExpression::CreateTAPExpression(this, from, to - from, _childCount + 1);
   if (!child) return 0;
-  vnxSyntaxeAccess::append(this, child);
+  vnxSyntaxeAccess::adopt(this, child);
   const int status = child->Build(0);
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 
 int vnxInstruction::addInstruction(int from, int to) {
   vnxInstruction* child = CreateTAPInstruction(this, from, to - from, _childCount + 1);
   if (!child) return 0;
-  vnxSyntaxeAccess::append(this, child);
+  vnxSyntaxeAccess::adopt(this, child);
   const int status = child->Build(0);
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 
@@ -405,9 +424,9 @@ int vnxInstruction::addBlock(const char* s, const Text& text, int open) {
   }
   vnxSyntaxe* block = CreateTAPSyntaxe(kTAPBloc, this, open + 1, close - open - 1, _childCount + 1);
   if (!block) return close;
-  vnxSyntaxeAccess::append(this, block);
+  vnxSyntaxeAccess::adopt(this, block);
   const int status = block->Build(0);
-  vnxSyntaxeAccess::dropBuilderHold(block);
+  vnxSyntaxeAccess::builtByBuilder();
   return status ? -1 : close;
 }
 

@@ -133,6 +133,21 @@ struct vnxSyntaxeAccess {
   }
 
   // A node just created by a builder (count 1, the builder's hold) handed to
+  // father before the builder builds it: the builder's hold becomes the
+  // father's, so that after the build only what every Release does is left
+  // (builtByBuilder). The same as append, build, then dropBuilderHold, for a
+  // build never drops a hold on the node it builds.
+  static void adopt(vnxSyntaxe* father, vnxSyntaxe* child) {
+    if (father->_childCount < 2) {
+      father->_firstChildren[father->_childCount++] = child;
+      return;
+    }
+    father->Append(child);
+    --child->_refCount;
+  }
+  static void builtByBuilder() { emptyListMacro(); }
+
+  // A node just created by a builder (count 1, the builder's hold) handed to
   // father, the builder keeping nothing: the same as append then
   // dropBuilderHold, the builder's hold becoming the father's.
   static void attachLeaf(vnxSyntaxe* father, vnxSyntaxe* leaf) {

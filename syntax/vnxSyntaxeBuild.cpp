@@ -22,9 +22,9 @@ ZELString lineAndCol(vnxSourceFile* source, int offset) {
 // Answers the child's build status.
 static int attachChild(vnxSyntaxe* father, vnxSyntaxe* child, bool build) {
   if (!child) return 0;
-  vnxSyntaxeAccess::append(father, child);
+  vnxSyntaxeAccess::adopt(father, child);
   const int status = build ? child->Build(0) : 0;
-  vnxSyntaxeAccess::dropBuilderHold(child);
+  vnxSyntaxeAccess::builtByBuilder();
   return status;
 }
 

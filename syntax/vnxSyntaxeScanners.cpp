@@ -9,6 +9,8 @@
 // that a hostile file cannot exhaust the stack. While a tree is built, the
 // bracket matchers keep their answers over its stream (see MatchMemo), so
 // that the builders' repeated questions about one bracket cost one walk.
+#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -75,10 +77,14 @@ int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nestin
 struct MatchMemo {
   const char* stream = nullptr;  // the stream of the tree being built, or null
   int size = 0;
-  std::vector<int> entries;
+  // Per offset, room for `room` offsets. Only entries must read 0 where
+  // nothing is kept; levels and plain are read only where an entry is kept,
+  // and written with it, so neither is cleared nor carried over on growth.
+  size_t room = 0;
+  int* entries = nullptr;
+  unsigned short* levels = nullptr;  // nesting levels below each kept walk
+  unsigned char* plain = nullptr;    // for a kept '(': its walk met parentheses only
   std::vector<int> touched;  // offsets whose entry the build under way set
-  std::vector<unsigned short> levels;  // nesting levels below each kept walk
-  std::vector<unsigned char> plain;    // for a kept '(': its walk met parentheses only
   unsigned mixed = 0;     // literals, brackets and mixed kept walks met by the walks, ever
   int deepest = 0;        // deepest nesting reached since the walk under way began
   unsigned capHits = 0;   // walks refused for their nesting, ever
@@ -88,6 +94,16 @@ struct MatchMemo {
 };
 
 MatchMemo* const gMemo = new MatchMemo;  // never destroyed: no order to mind at exit
+
+void releaseRoom(MatchMemo& memo) {
+  std::free(memo.entries);
+  std::free(memo.levels);
+  std::free(memo.plain);
+  memo.entries = nullptr;
+  memo.levels = nullptr;
+  memo.plain = nullptr;
+  memo.room = 0;
+}
 
 inline char openerOf(Closer kind) { return kind == Closer::Par ? '(' : kind == Closer::Index ? '[' : '{'; }
 inline char closerOf(Closer kind) { return kind == Closer::Par ? ')' : kind == Closer::Index ? ']' : '}'; }
@@ -502,12 +518,22 @@ int beginOfMatching(Closer kind, const char* s, int from, int lowest, int nestin
 vnxscan::MatchMemoScope::MatchMemoScope(const char* stream, int size) {
   MatchMemo& memo = *gMemo;
   if (memo.stream || !stream || size <= 0) return;  // an outer build keeps its own
+  // Entries left by earlier builds are all 0 already. New room comes zeroed
+  // from calloc, and nothing of the old room is worth copying.
+  if (memo.room < static_cast<size_t>(size)) {
+    const size_t room = std::max(static_cast<size_t>(size), memo.room + memo.room / 2);
+    releaseRoom(memo);
+    memo.entries = static_cast<int*>(std::calloc(room, sizeof(int)));
+    memo.levels = static_cast<unsigned short*>(std::malloc(room * sizeof(unsigned short)));
+    memo.plain = static_cast<unsigned char*>(std::malloc(room));
+    if (!memo.entries || !memo.levels || !memo.plain) {
+      releaseRoom(memo);  // out of memory: this build goes without the memo
+      return;
+    }
+    memo.room = room;
+  }
   memo.stream = stream;
   memo.size = size;
-  // Entries left by earlier builds are all 0 already; only new room is zeroed.
-  if (memo.entries.size() < static_cast<size_t>(size)) memo.entries.resize(static_cast<size_t>(size), 0);
-  if (memo.levels.size() < static_cast<size_t>(size)) memo.levels.resize(static_cast<size_t>(size));
-  if (memo.plain.size() < static_cast<size_t>(size)) memo.plain.resize(static_cast<size_t>(size));
   _active = true;
 }
 
@@ -520,11 +546,7 @@ vnxscan::MatchMemoScope::~MatchMemoScope() {
   memo.touched.clear();
   // Kept for the next tree, unless a very large stream made them big.
   constexpr size_t kKeptOffsets = size_t{1} << 20;
-  if (memo.entries.capacity() > kKeptOffsets) {
-    std::vector<int>().swap(memo.entries);
-    std::vector<unsigned short>().swap(memo.levels);
-    std::vector<unsigned char>().swap(memo.plain);
-  }
+  if (memo.room > kKeptOffsets) releaseRoom(memo);
   if (memo.touched.capacity() > kKeptOffsets) std::vector<int>().swap(memo.touched);
 }
 
@@ -640,6 +662,12 @@ int firstNonBlank(const char* s, int from, int limit) {
 // The keyword of a controlled statement written against its parenthesis at i,
 // as the preprocessed stream spells it: its length up to the '(' included, or 0.
 int controlKeywordAt(const char* s, int i, int limit) {
+  // Most instructions start with none of the keywords' first letters.
+  if (i > limit - 3) return 0;
+  switch (s[i]) {
+    case 'i': case 'w': case 's': case 'f': case '_': break;
+    default: return 0;
+  }
   if (i < limit - 2 && startsWith(s, i, limit, "if(")) return 3;
   if (i < limit - 5 && startsWith(s, i, limit, "while(")) return 6;
   if (i < limit - 6 && startsWith(s, i, limit, "switch(")) return 7;
@@ -744,6 +772,7 @@ int endOfStatementMacro(const char* s, int i, int limit, const ZELListValZELStri
 
 int endOfAccessLabel(const char* s, int from, int limit) {
   const int n = limit - from;
+  if (n < 7 || s[from] != 'p') return -1;
   if (n >= 7 && startsWith(s, from, limit, "public:")) return from + 6;
   if (n >= 10 && startsWith(s, from, limit, "protected:")) return from + 9;
   if (n >= 8 && startsWith(s, from, limit, "private:")) return from + 7;

@@ -26,6 +26,17 @@ std::string outline(vnxSyntaxe* node) {
   return out;
 }
 
+// Nodes below node whose count is not 1.
+int nodesHeldMoreThanOnce(vnxSyntaxe* node) {
+  int count = 0;
+  for (int i = 1; i <= node->ChildCount(); ++i) {
+    vnxSyntaxe* child = node->Child(i);
+    if (child->GetRefCount() != 1) ++count;
+    count += nodesHeldMoreThanOnce(child);
+  }
+  return count;
+}
+
 // A root of the given type over text, built; the tree and source go away with it.
 class BuiltTree : public exprtest::RootedText {
  public:
@@ -130,6 +141,10 @@ TEST(TreeBuild, ReleasingABuiltTreeReturnsEveryNodeToItsPool) {
     for (int i = 0; i < 1200; ++i) many += "if(a){ x = f(y, z[i]); } else return;";
     BuiltTree big(many, 1);
     EXPECT_EQ(big.status(), 0);
+    // The builders keep no hold of their own: each node is held by its father
+    // alone, wherever it stands among the children.
+    EXPECT_EQ(nodesHeldMoreThanOnce(big.root()), 0);
+    EXPECT_EQ(nodesHeldMoreThanOnce(ok.root()), 0);
     EXPECT_GT(vnxInstruction::GetPoolLiveCount(), instructions + 1024);
   }
   EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), nodes);

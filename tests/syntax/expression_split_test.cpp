@@ -149,3 +149,25 @@ TEST(ExpressionSplit, EachTreeReadsOnlyItsOwnBracketAnswers) {
   };
   exprtest::expectTrees<exprtest::ParsedText>(rows, sizeof(rows) / sizeof(rows[0]));
 }
+
+// The bracket answers kept during a build cover the whole stream: they must
+// start out empty whether the stream is the first, a longer one than any
+// before (new room) or a shorter one after a very long one (room let go).
+TEST(ExpressionSplit, TreesOverLongerAndShorterStreamsReadOnlyTheirOwnBracketAnswers) {
+  struct Piece { const char* text; const char* tree; };
+  static const Piece pieces[] = {{"f((a),b);", "stmt[mt(f,args(a,b))]"}, {"x=(a+(b));", "stmt[=(x,+(a,b))]"}};
+  static const int counts[] = {1, 70, 3000, 120000, 2, 5000};
+  for (size_t round = 0; round < sizeof(counts) / sizeof(counts[0]); ++round) {
+    // Alternate pieces: each offset holds other brackets than in the tree before.
+    const Piece& piece = pieces[round % 2];
+    std::string text;
+    std::string expected;
+    for (int k = 0; k < counts[round]; ++k) {
+      text += piece.text;
+      expected += (k ? " | " : "") + std::string(piece.tree);
+    }
+    exprtest::ParsedText parsed(text);
+    EXPECT_EQ(parsed.status(), 0) << counts[round];
+    EXPECT_TRUE(parsed.tree() == expected) << counts[round] << " copies of " << piece.text;
+  }
+}
