@@ -127,59 +127,75 @@ inline int skipWordsBackward(const char* s, int i, int lowest, bool withSpace) {
   return i;
 }
 
-// Blanks, quotes, brackets and ':' (what a text's shape scan stops at), among
-// a few others the scan then steps over: controls and ' ', '"' to ')', ':',
-// '[', ']', '{', '}'. Skips whole chunks of [i, last] holding none; reads
-// chunks up to readable (an offset of s that may be read, at or past last)
-// and ignores what lies past last. May answer last + 1.
-inline int skipToShapeStop(const char* s, int i, int last, int readable) {
+// The first offset of [i, last] whose byte the mask of its chunk marks
+// (marks(p) gives one bit per byte of the sixteen at p), reading chunks while
+// they end at or before readable (an offset of s that may be read, at or past
+// last) and ignoring what lies past last: last + 1 when the range holds none,
+// otherwise the offset from which the scalar walk must go on.
+template <class Marks>
+inline int firstMarkedInText(const char* s, int i, int last, int readable, Marks marks) {
 #if defined(__SSE2__)
   while (i <= last && i + 15 <= readable) {
-    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
-    const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(chunk, _mm_set1_epi8(0x20)), chunk);
-    const __m128i quoteToParen = _mm_sub_epi8(chunk, _mm_set1_epi8('"'));
-    const __m128i inQuoteToParen =
-        _mm_cmpeq_epi8(_mm_min_epu8(quoteToParen, _mm_set1_epi8(')' - '"')), quoteToParen);
-    // '[' and ']' differ from '{' and '}' by the 0x20 bit only.
-    const __m128i folded = _mm_or_si128(chunk, _mm_set1_epi8(0x20));
-    const __m128i bracket =
-        _mm_or_si128(_mm_cmpeq_epi8(folded, _mm_set1_epi8('{')), _mm_cmpeq_epi8(folded, _mm_set1_epi8('}')));
-    const __m128i colon = _mm_cmpeq_epi8(chunk, _mm_set1_epi8(':'));
-    unsigned stops = static_cast<unsigned>(
-        _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(control, inQuoteToParen), _mm_or_si128(bracket, colon))));
-    if (i + 15 > last) stops &= (1u << (last - i + 1)) - 1;
-    if (stops) return i + __builtin_ctz(stops);
+    unsigned hits = marks(s + i);
+    if (i + 15 >= last) {
+      if (i + 15 > last) hits &= (1u << (last - i + 1)) - 1;
+      return hits ? i + __builtin_ctz(hits) : last + 1;
+    }
+    if (hits) return i + __builtin_ctz(hits);
     i += 16;
   }
 #else
   (void)s;
   (void)last;
   (void)readable;
+  (void)marks;
 #endif
   return i;
 }
 
-// skipWordsForward for short ranges too: reads chunks up to readable (an
-// offset of s that may be read, at or past last) and ignores what lies past
-// last. Answers the first offset of [i, last] that is no word character, or
-// where the scalar walk goes on (last + 1 when the whole range was words).
-inline int skipWordsInText(const char* s, int i, int last, int readable) {
 #if defined(__SSE2__)
-  while (i <= last && i + 15 <= readable) {
-    unsigned others = otherThanWordsAt(s + i, false);
-    if (i + 15 >= last) {
-      if (i + 15 > last) others &= (1u << (last - i + 1)) - 1;
-      return others ? i + __builtin_ctz(others) : last + 1;
-    }
-    if (others) return i + __builtin_ctz(others);
-    i += 16;
-  }
+// Blanks, quotes, brackets and ':' (what a text's shape scan stops at), among
+// a few others the scan then steps over: controls and ' ', '"' to ')', ':',
+// '[', ']', '{', '}'.
+inline unsigned shapeStopsAt(const char* p) {
+  const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(chunk, _mm_set1_epi8(0x20)), chunk);
+  const __m128i quoteToParen = _mm_sub_epi8(chunk, _mm_set1_epi8('"'));
+  const __m128i inQuoteToParen = _mm_cmpeq_epi8(_mm_min_epu8(quoteToParen, _mm_set1_epi8(')' - '"')), quoteToParen);
+  // '[' and ']' differ from '{' and '}' by the 0x20 bit only.
+  const __m128i folded = _mm_or_si128(chunk, _mm_set1_epi8(0x20));
+  const __m128i bracket =
+      _mm_or_si128(_mm_cmpeq_epi8(folded, _mm_set1_epi8('{')), _mm_cmpeq_epi8(folded, _mm_set1_epi8('}')));
+  const __m128i colon = _mm_cmpeq_epi8(chunk, _mm_set1_epi8(':'));
+  return static_cast<unsigned>(
+      _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(control, inQuoteToParen), _mm_or_si128(bracket, colon))));
+}
+#endif
+
+// Skips whole chunks of [i, last] holding no shape stop. May answer last + 1.
+inline int skipToShapeStop(const char* s, int i, int last, int readable) {
+#if defined(__SSE2__)
+  return firstMarkedInText(s, i, last, readable, shapeStopsAt);
 #else
   (void)s;
   (void)last;
   (void)readable;
-#endif
   return i;
+#endif
+}
+
+// skipWordsForward for short ranges too: the first offset of [i, last] that
+// is no word character, or where the scalar walk goes on (last + 1 when the
+// whole range was words).
+inline int skipWordsInText(const char* s, int i, int last, int readable) {
+#if defined(__SSE2__)
+  return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, false); });
+#else
+  (void)s;
+  (void)last;
+  (void)readable;
+  return i;
+#endif
 }
 
 // skipWordsBackward for short ranges too: reads whole chunks below lowest,
