@@ -58,10 +58,12 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   friend class TAPool;
   friend class vnxInstruction;  // builds its expressions through addBuilt
 
+  struct Split;
   // Appends to father, whose source's stream is s, an expression over
   // [from, to) (from <= to, inside the stream), builds it and leaves it held
-  // by father alone: the build status (0 when the pool is exhausted).
-  static int addBuilt(vnxSyntaxe* father, const char* s, int from, int to);
+  // by father alone: the build status (0 when the pool is exhausted). hint,
+  // when given, is what the father's scan already knows of the text.
+  static int addBuilt(vnxSyntaxe* father, const char* s, int from, int to, const Split* hint = nullptr);
 
   // Where a text splits: the operator's offset, length and level, and the
   // next operator of the same level further left (nextPos -1 when there is

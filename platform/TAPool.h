@@ -64,28 +64,20 @@ class TAPool {
 
   // Destroys the object and frees its block once every slot of it is dead.
   void release(T* object, void* block) {
-    if (!object) return;
-    Block* b = static_cast<Block*>(block);
-    if (!b) {
-      TAFatalError(1, "TAPool::release of an object without a block");
-      return;
+    if (Block* b = blockOf(object, block)) {
+      object->~T();
+      slotFreed(b);
     }
-    object->~T();
-    slotFreed(b);
   }
 
   // The same for a caller that knows the object is a T itself, not of a class
   // derived from T: the destructor is called without a virtual call, which
   // counts when whole trees of small objects are released.
   void releaseExact(T* object, void* block) {
-    if (!object) return;
-    Block* b = static_cast<Block*>(block);
-    if (!b) {
-      TAFatalError(1, "TAPool::release of an object without a block");
-      return;
+    if (Block* b = blockOf(object, block)) {
+      object->T::~T();
+      slotFreed(b);
     }
-    object->T::~T();
-    slotFreed(b);
   }
 
   int liveCount() const { return _live; }
@@ -93,6 +85,14 @@ class TAPool {
   static constexpr int slotsPerBlock() { return kSlots; }
 
  private:
+  // The block of a live object; null for a null object, and reported for an
+  // object without one.
+  static Block* blockOf(T* object, void* block) {
+    if (!object) return nullptr;
+    if (!block) TAFatalError(1, "TAPool::release of an object without a block");
+    return static_cast<Block*>(block);
+  }
+
   // One slot of b is dead; b is recycled when it was its last live one.
   void slotFreed(Block* b) {
     --_live;

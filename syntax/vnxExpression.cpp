@@ -393,23 +393,17 @@ int vnxExpression::addOperand(int from, int to, const Split* hint) {
     addLeaf(kSyntaxeNULL, from, to - from);
     return 0;
   }
-  // This node's text lies inside its stream, and so does the child's: the
-  // child is placed and built without checking it again.
-  vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
-                                                                     kExpression, this, s, from, to - from);
-  if (!child) return 0;
-  vnxSyntaxeAccess::adopt(this, child);
-  const int status = child->buildPlaced(s, hint);
-  vnxSyntaxeAccess::builtByBuilder();
-  return status;
+  return addBuilt(this, s, from, to, hint);
 }
 
-int vnxExpression::addBuilt(vnxSyntaxe* father, const char* s, int from, int to) {
+// The father's text lies inside its stream, and so does the child's: the
+// child is placed and built without checking it again.
+int vnxExpression::addBuilt(vnxSyntaxe* father, const char* s, int from, int to, const Split* hint) {
   vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
                                                                      kExpression, father, s, from, to - from);
   if (!child) return 0;
   vnxSyntaxeAccess::adopt(father, child);
-  const int status = child->buildPlaced(s, nullptr);
+  const int status = child->buildPlaced(s, hint);
   vnxSyntaxeAccess::builtByBuilder();
   return status;
 }

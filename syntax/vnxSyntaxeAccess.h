@@ -39,9 +39,9 @@ struct vnxSyntaxeAccess {
     return 0;
   }
 
-  // Places a node fresh from its pool under father, as create does. Inline,
-  // so that in the factories the pool's initialisation of the slot and this
-  // one are written as one: node creation is a good part of tree building.
+  // Places a node already taken from its pool under father: the work of the
+  // public create(type, father, ...). The factories construct the slot in
+  // place instead (placeNew, placeUnder).
   static void place(vnxSyntaxe* node, void* block, int type, vnxSyntaxe* father, int begin, int size,
                     int posInFather) {
     node->_ownerBlock = block;

@@ -170,32 +170,22 @@ inline unsigned shapeStopsAt(const char* p) {
   return static_cast<unsigned>(
       _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(control, inQuoteToParen), _mm_or_si128(bracket, colon))));
 }
+#else
+// Without vectors the chunk walks never run; these only keep the callers whole.
+inline unsigned otherThanWordsAt(const char*, bool) { return 0; }
+inline unsigned shapeStopsAt(const char*) { return 0; }
 #endif
 
 // Skips whole chunks of [i, last] holding no shape stop. May answer last + 1.
 inline int skipToShapeStop(const char* s, int i, int last, int readable) {
-#if defined(__SSE2__)
   return firstMarkedInText(s, i, last, readable, shapeStopsAt);
-#else
-  (void)s;
-  (void)last;
-  (void)readable;
-  return i;
-#endif
 }
 
 // skipWordsForward for short ranges too: the first offset of [i, last] that
 // is no word character, or where the scalar walk goes on (last + 1 when the
 // whole range was words).
 inline int skipWordsInText(const char* s, int i, int last, int readable) {
-#if defined(__SSE2__)
   return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, false); });
-#else
-  (void)s;
-  (void)last;
-  (void)readable;
-  return i;
-#endif
 }
 
 // skipWordsBackward for short ranges too: reads whole chunks below lowest,
