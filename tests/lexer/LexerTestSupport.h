@@ -19,12 +19,7 @@ struct Tok {
 
 inline std::ostream& operator<<(std::ostream& out, const Tok& t) {
   out << "{" << t.pos << ", " << t.kind << ", \"";
-  for (char c : t.text) {
-    if (c == '\n') out << "\\n";
-    else if (c == '\r') out << "\\r";
-    else if (c == '\t') out << "\\t";
-    else out << c;
-  }
+  for (char c : t.text) out << (c == '\n' ? "\\n" : c == '\r' ? "\\r" : c == '\t' ? "\\t" : std::string(1, c));
   return out << "\"}";
 }
 
@@ -37,24 +32,11 @@ inline std::vector<Tok> drain(vnxTokenizer& tokenizer) {
   return out;
 }
 
-inline std::vector<Tok> tokenize(const char* text) {
-  vnxTokenizer tokenizer(text);
-  return drain(tokenizer);
-}
-
-inline std::vector<Tok> tokenize(const char* text, unsigned int size) {
-  vnxTokenizer tokenizer(text, size);
-  return drain(tokenizer);
-}
+inline std::vector<Tok> tokenize(const char* text) { vnxTokenizer t(text); return drain(t); }
+inline std::vector<Tok> tokenize(const char* text, unsigned int size) { vnxTokenizer t(text, size); return drain(t); }
 
 // Short kind names for the expectation tables.
-constexpr int ID = vnxToken::kIdentifier;
-constexpr int NUM = vnxToken::kNumber;
-constexpr int STR = vnxToken::kString;
-constexpr int CHR = vnxToken::kCharacter;
-constexpr int NL = vnxToken::kNewline;
-constexpr int UNK = vnxToken::kUnknown;
-constexpr int BLOCK = vnxToken::kBlockComment;
-constexpr int LINE = vnxToken::kLineComment;
+constexpr int ID = vnxToken::kIdentifier, NUM = vnxToken::kNumber, STR = vnxToken::kString, CHR = vnxToken::kCharacter;
+constexpr int NL = vnxToken::kNewline, UNK = vnxToken::kUnknown, BLOCK = vnxToken::kBlockComment, LINE = vnxToken::kLineComment;
 
 #endif

@@ -10,11 +10,7 @@
 
 namespace {
 
-struct Walk {
-  size_t count = 0;
-  size_t kindCount[57] = {};
-  int lastPosition = -1;
-};
+struct Walk { size_t count = 0, kindCount[57] = {}; int lastPosition = -1; };
 
 Walk walk(const char* text, unsigned int size = ~0u) {
   vnxTokenizer tokenizer(text, size);
@@ -27,8 +23,7 @@ Walk walk(const char* text, unsigned int size = ~0u) {
 
 std::string repeat(const std::string& piece, size_t n) {
   std::string s;
-  s.reserve(piece.size() * n);
-  for (size_t i = 0; i < n; ++i) s += piece;
+  while (n--) s += piece;
   return s;
 }
 
@@ -71,22 +66,12 @@ TEST(LexerRobustness, ATenMegabyteLineOfCodeIsTokenizedWhole) {
   EXPECT_EQ(static_cast<int>(line.size() - 2), w.lastPosition);  // the last ';'
 }
 
-TEST(LexerRobustness, HugeSingleTokensAndBlankRunsAreHandledInOnePass) {
-  const std::string identifier(10u << 20, 'a');
-  int pos = -1;
-  const vnxToken t = vnxTokenizer(identifier.c_str()).getTokenAtCursor(0, pos);
-  EXPECT_TRUE(t.getLength() == identifier.size() && t.getKind() == ID);
-  const std::string blanks = std::string(10u << 20, ' ') + "x";
-  const Walk w = walk(blanks.c_str());
-  EXPECT_EQ(1u, w.count);
-  EXPECT_EQ(static_cast<int>(blanks.size() - 1), w.lastPosition);
-}
-
-// Each row repeats an opener that never ends; searching for the end again from
+// Most rows repeat an opener that never ends; searching for the end again from
 // every opener would take hours at this size. Every opener must become unknown.
-TEST(LexerRobustness, UnterminatedOpenersRepeatedAMillionTimesStayLinear) {
+TEST(LexerRobustness, UnterminatedOpenersHugeTokensAndBlankRunsStayLinear) {
   const size_t n = 1u << 20;
   const struct { std::string text; unsigned int size; size_t count, unknown; int otherKind; size_t other; } rows[] = {
+      {std::string(10 * n, 'a'), ~0u, 1, 0, ID, 1}, {std::string(10 * n, ' ') + "x", ~0u, 1, 0, ID, 1},
       {"\"" + repeat("\\\"", n), ~0u, 1 + 2 * n, 1 + 2 * n, UNK, 1 + 2 * n},  // every quote escaped
       {repeat("/* ", n), ~0u, 2 * n, n, vnxToken::kStar, n},
       {repeat("// ", n), ~0u, 2 * n, n, vnxToken::kSlash, n},  // no newline anywhere
@@ -94,9 +79,8 @@ TEST(LexerRobustness, UnterminatedOpenersRepeatedAMillionTimesStayLinear) {
   };
   for (const auto& row : rows) {
     const Walk w = walk(row.text.c_str(), row.size);
-    EXPECT_EQ(row.count, w.count) << row.text.substr(0, 4);
-    EXPECT_EQ(row.unknown, w.kindCount[UNK]) << row.text.substr(0, 4);
-    EXPECT_EQ(row.other, w.kindCount[row.otherKind]) << row.text.substr(0, 4);
+    EXPECT_TRUE(w.count == row.count && w.kindCount[UNK] == row.unknown && w.kindCount[row.otherKind] == row.other)
+        << row.text.substr(0, 4) << ": " << w.count << " tokens, " << w.kindCount[UNK] << " unknown";
   }
 }
 

@@ -25,8 +25,6 @@ class ScratchDir {
     if (!_path.empty()) rmdir(_path.c_str());
   }
   ScratchDir(const ScratchDir&) = delete;
-  ScratchDir& operator=(const ScratchDir&) = delete;
-
   const std::string& path() const { return _path; }
   // Writes a file (parents created by subdir) and answers its full name.
   std::string file(const std::string& relative, const std::string& content) {
@@ -39,10 +37,7 @@ class ScratchDir {
   }
 
  private:
-  std::string remember(const std::string& relative) {
-    _created.push_back(_path + "/" + relative);
-    return _created.back();
-  }
+  std::string remember(const std::string& relative) { return _created.emplace_back(_path + "/" + relative), _created.back(); }
   std::string _path;
   std::vector<std::string> _created;
 };

@@ -12,28 +12,26 @@
 
 namespace {
 
-std::vector<int> items(const ZELListVal<int>& list) {
-  std::vector<int> out;
-  for (int i = 1; i <= list.Size(); ++i) out.push_back(list[i]);
+template <class List, class F>
+auto itemsOf(const List& list, F get) {
+  std::vector<decltype(get(list[1]))> out;
+  for (int i = 1; i <= list.Size(); ++i) out.push_back(get(list[i]));
   return out;
 }
+std::vector<int> items(const ZELListVal<int>& list) { return itemsOf(list, [](int v) { return v; }); }
 
 void* num(intptr_t v) { return reinterpret_cast<void*>(v); }
 
 TEST(PlatformLists, ValueListsAreOneBasedWithClampedInsertions) {
-  ZELListVal<int> list;
+  ZELListVal<int> list, other;
   list.Append(20);
   list.InsertAt(1, 10);
   list.InsertAt(0, 5);    // before the start: goes first
   list.InsertAt(99, 30);  // past the end: goes last
   list.InsertAt(4, 25);
   EXPECT_EQ(std::vector<int>({5, 10, 20, 25, 30}), items(list));
-  EXPECT_EQ(3, list.Locate(20));
-  EXPECT_EQ(0, list.Locate(21));
-  list.RemovePosition(0);
-  list.RemovePosition(6);
-  list.RemovePosition(1);
-  ZELListVal<int> other;
+  EXPECT_TRUE(list.Locate(20) == 3 && list.Locate(21) == 0);
+  for (int position : {0, 6, 1}) list.RemovePosition(position);  // only 1 is in range
   other.Append(1);
   list.Append(other);
   list.Append(list);
@@ -49,7 +47,7 @@ TEST(PlatformListsDeathTest, ValueListAccessOutOfRangeIsFatal) {
   EXPECT_DEATH(list[0], "position out of range");
 }
 
-TEST(PlatformLists, PointerListsAnswerNullOutOfRange) {
+TEST(PlatformLists, PointerAndRawListsAnswerNullOrZeroOutOfRange) {
   int a = 1, b = 2;
   ZELListPtr<int> list;
   list.Append(&a);
@@ -62,17 +60,13 @@ TEST(PlatformLists, PointerListsAnswerNullOutOfRange) {
   EXPECT_EQ(&a, list[1]);
   list.RemoveAll();
   EXPECT_EQ(nullptr, list[1]);
-}
 
-TEST(PlatformLists, RawCollectionsAnswerDefaultsOutOfRange) {
-  ZELRawCollint ints;
+  ZELRawCollint ints, same;
   ints.Append(3);
   ints.InsertAt(-4, 1);
   const ZELRawCollint& constInts = ints;
-  EXPECT_TRUE(constInts[1] == 1 && constInts[0] == 0 && constInts[3] == 0);
-  EXPECT_EQ(2, ints.Locate(3));
+  EXPECT_TRUE(constInts[1] == 1 && constInts[0] == 0 && constInts[3] == 0 && ints.Locate(3) == 2);
   ints[2] = 7;
-  ZELRawCollint same;
   same.Append(1);
   same.Append(7);
   EXPECT_TRUE(ints == same);
@@ -80,15 +74,13 @@ TEST(PlatformLists, RawCollectionsAnswerDefaultsOutOfRange) {
   same.RemovePosition(1);
   EXPECT_TRUE(ints != same);
 
-  int x = 0, y = 0;
   ZELRawCollPV pointers;
-  pointers.Append(&x);
-  pointers.Set(2, &y);  // out of range: ignored
-  pointers.InsertAt(100, &y);
-  EXPECT_TRUE(pointers[2] == &y && pointers[3] == nullptr && pointers[0] == nullptr);
-  EXPECT_EQ(2, pointers.Locate(&y));
-  pointers.Set(1, &y);
-  EXPECT_EQ(1, pointers.Locate(&y));
+  pointers.Append(&a);
+  pointers.Set(2, &b);  // out of range: ignored
+  pointers.InsertAt(100, &b);
+  EXPECT_TRUE(pointers[2] == &b && pointers[3] == nullptr && pointers[0] == nullptr && pointers.Locate(&b) == 2);
+  pointers.Set(1, &b);
+  EXPECT_EQ(1, pointers.Locate(&b));
 }
 
 int compareStrings(const void* a, const void* b) { return std::strcmp(static_cast<const char*>(a), static_cast<const char*>(b)); }
@@ -99,17 +91,15 @@ int compareNumbers(const void* a, const void* b) {
 int alwaysLess(const void*, const void*) { return -1; }
 
 TEST(PlatformLists, RawPointerQuickSortOrdersElementsByTheCompareFunction) {
-  ZELRawCollPV list;
+  ZELRawCollPV list, numbers, mixed;
   for (const char* w : {"pear", "apple", "fig", "apple", "", "Zebra"}) list.Append(const_cast<char*>(w));
   list.QuickSort(compareStrings);
-  std::vector<std::string> sorted;
-  for (int i = 1; i <= list.Size(); ++i) sorted.push_back(static_cast<const char*>(list[i]));
-  EXPECT_EQ(std::vector<std::string>({"", "Zebra", "apple", "apple", "fig", "pear"}), sorted);
+  const auto asString = [](void* p) { return std::string(static_cast<const char*>(p)); };
+  EXPECT_EQ(std::vector<std::string>({"", "Zebra", "apple", "apple", "fig", "pear"}), itemsOf(list, asString));
   list.QuickSort(nullptr);  // no order given: nothing moves
   EXPECT_STREQ("", static_cast<const char*>(list[1]));
 
   // A long descending run must not go quadratic or lose elements.
-  ZELRawCollPV numbers;
   const int n = 200000;
   for (intptr_t i = n; i > 0; --i) numbers.Append(num(i));
   numbers.QuickSort(compareNumbers);
@@ -117,7 +107,6 @@ TEST(PlatformLists, RawPointerQuickSortOrdersElementsByTheCompareFunction) {
   for (int i = 1; i <= n; i += 1999) EXPECT_EQ(num(i), numbers[i]);
 
   // An inconsistent order still leaves a permutation: nothing lost, nothing invented.
-  ZELRawCollPV mixed;
   long expected = 0, sum = 0;
   for (intptr_t i = 0; i < 1000; ++i) mixed.Append(num(i % 7)), expected += i % 7;
   mixed.QuickSort(alwaysLess);
@@ -130,10 +119,9 @@ TEST(PlatformLists, StringQuickSortUsesByteOrder) {
   ZELListValZELString list;
   for (const char* s : {"b", "a\xC3\xA9", "B", "", "a", "b", "az"}) list.Append(ZELString(s));
   wbUsefull::QuickSortZELString(list);
-  std::vector<std::string> sorted;
-  for (int i = 1; i <= list.Size(); ++i) sorted.push_back(list[i].str());
   // Bytes of 128 and above sort after ASCII letters.
-  EXPECT_EQ(std::vector<std::string>({"", "B", "a", "az", "a\xC3\xA9", "b", "b"}), sorted);
+  EXPECT_EQ(std::vector<std::string>({"", "B", "a", "az", "a\xC3\xA9", "b", "b"}),
+            itemsOf(list, [](const ZELString& s) { return s.str(); }));
 }
 
 }  // namespace

@@ -10,12 +10,9 @@
 
 namespace {
 
-class Counted : public TARefCounter {
- public:
+struct Counted : TARefCounter {
   explicit Counted(bool* destroyed) : _destroyed(destroyed) {}
   ~Counted() override { *_destroyed = true; }
-
- private:
   bool* _destroyed;
 };
 
@@ -23,33 +20,28 @@ TEST(PlatformRefCounter, TheObjectIsDeletedAtZeroAndACopyStartsItsOwnCountAtOne)
   bool destroyedA = false, destroyedB = false;
   Counted* a = new Counted(&destroyedA);
   EXPECT_EQ(1, a->GetRefCount());
-  EXPECT_EQ(2, a->AddRef());
-  EXPECT_EQ(3, a->AddRef());
+  EXPECT_TRUE(a->AddRef() == 2 && a->AddRef() == 3);
   Counted* b = new Counted(*a);
   Counted other(&destroyedB);
   *b = other;  // assignment keeps the target's count
   EXPECT_EQ(0, b->Release());
   EXPECT_TRUE(destroyedB);  // b took other's flag pointer
-  EXPECT_EQ(2, a->Release());
-  EXPECT_EQ(1, a->Release());
-  EXPECT_FALSE(destroyedA);
+  EXPECT_TRUE(a->Release() == 2 && a->Release() == 1 && !destroyedA);
   EXPECT_EQ(0, a->Release());
   EXPECT_TRUE(destroyedA);
 }
 
-class NamedEvent : public TAEvent {
- public:
+struct NamedEvent : TAEvent {
   explicit NamedEvent(const char* name) : _name(name) {}
   const char* isA() const override { return _name; }
-
- private:
   const char* _name;
 };
 
+using Log = std::vector<std::string>;
+
 // Records every delivery in a shared log and can run an action on receipt.
-class Recorder : public TACallbackSubscriber {
- public:
-  Recorder(const char* name, std::vector<std::string>* log) : _name(name), _log(log) {}
+struct Recorder : TACallbackSubscriber {
+  Recorder(const char* name, Log* log) : _name(name), _log(log) {}
   int ReceiveCallback(TACallbackPublisher* publisher, const TAEvent* event) override {
     _log->push_back(_name + ":" + event->isA());
     lastPublisher = publisher;
@@ -58,13 +50,9 @@ class Recorder : public TACallbackSubscriber {
   }
   std::function<void()> onReceive;
   TACallbackPublisher* lastPublisher = nullptr;
-
- private:
   std::string _name;
-  std::vector<std::string>* _log;
+  Log* _log;
 };
-
-using Log = std::vector<std::string>;
 
 TEST(PlatformEvents, SubscribersAreCalledOnceEachInSubscriptionOrder) {
   Log log;
@@ -89,11 +77,7 @@ TEST(PlatformEvents, ChangesDuringADeliveryTakeEffectAsDocumented) {
   TACallbackPublisher publisher;
   for (Recorder* r : {&a, &b, &c}) publisher.AddSubscriber(r);
   // a removes b (not called afterwards) and itself, and adds d (called from the next delivery on).
-  a.onReceive = [&] {
-    publisher.RemoveSubscriber(&b);
-    publisher.RemoveSubscriber(&a);
-    publisher.AddSubscriber(&d);
-  };
+  a.onReceive = [&] { publisher.RemoveSubscriber(&b), publisher.RemoveSubscriber(&a), publisher.AddSubscriber(&d); };
   const NamedEvent event("E");
   EXPECT_EQ(2, publisher.SendCallback(&event));
   EXPECT_EQ(Log({"a:E", "c:E"}), log);
@@ -111,8 +95,7 @@ TEST(PlatformEvents, CopiedPublishersStartWithoutSubscribers) {
   assigned = publisher;
   EXPECT_TRUE(copy.SubscriberCount() == 0 && assigned.SubscriberCount() == 0 && publisher.SubscriberCount() == 1);
   const NamedEvent event("E");
-  EXPECT_EQ(0, copy.SendCallback(&event));
-  EXPECT_TRUE(log.empty());
+  EXPECT_TRUE(copy.SendCallback(&event) == 0 && log.empty());
 }
 
 }  // namespace

@@ -1,9 +1,4 @@
 // Comments: where block and line comments end, each character's place, comments from a string, their pools.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "directive_test_support.h"
 #include "vnxCComment.h"
 #include "vnxCppComment.h"
@@ -59,12 +54,7 @@ TEST(CommentSpan, CommentsEndWhereTheirKindSaysAndKnowEveryCharactersPlace) {
 }
 
 TEST(CommentFromString, TheWholeStringBecomesTheCommentAtTheGivenPlace) {
-  struct Case {
-    const char* text;
-    int line, col, pos;
-    int status;
-    unsigned endLine, endCol;
-  };
+  struct Case { const char* text; int line, col, pos; int status; unsigned endLine, endCol; };
   const Case cases[] = {
       {"int a;\n", 1, 1, 0, 0, 1, 7}, {"a\nbc", 1, 1, 0, 0, 2, 2}, {"a\nbc", 3, 5, 40, 0, 4, 2},
       {nullptr, 1, 1, 0, 1, 0, 0},    {"", 1, 1, 0, 1, 0, 0},      {"x", 1, 1, -1, 1, 0, 0},

@@ -1,29 +1,21 @@
 // Which branch of a conditional group is kept: #ifdef/#ifndef, the #if grammar, errors on bad conditions.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
 #include "vnxPreproDirectiveConditional.h"
-#include "vnxSourceFile.h"
 
 namespace {
 
-// The text of the branch that the group built over text keeps: "" when every
-// branch is dead, "<null>" when no group is made.
+// The branch the group built over text keeps: "" when every branch is dead, "<null>" when no group is made.
 std::string keptBranch(vnxSourceFile* source, const std::string& text) {
   vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(source, text.c_str(), 0, 1, 1, 0);
   if (!group) return "<null>";
   std::string kept;
-  if (vnxPreproDirectiveConditional* selected = group->getSucceedingDirective()) {
-    if (!selected->isEmptyText()) {
-      const unsigned int begin = selected->getBeginTextPosInRawStream();
-      const unsigned int end = selected->getEndTextPosInRawStream();
-      kept = text.substr(begin, end - begin + 1);
-    }
+  vnxPreproDirectiveConditional* selected = group->getSucceedingDirective();
+  if (selected && !selected->isEmptyText()) {
+    const unsigned int begin = selected->getBeginTextPosInRawStream();
+    kept = text.substr(begin, selected->getEndTextPosInRawStream() - begin + 1);
   }
   group->Release();
   return kept;
@@ -35,47 +27,40 @@ TEST(ConditionalEvaluation, IfConditionsSelectTheBranchTheGrammarGives) {
   struct Case {
     std::vector<std::string> defines;
     const char* condition;
-    const char* kept;  // "YES\n" or "NO\n"
+    int yes;  // 1: the #if branch is kept, 0: the #else one
   };
-  const char* const yes = "YES\n";
-  const char* const no = "NO\n";
   const std::vector<Case> cases = {
-      {{}, "1", yes}, {{}, "0", no}, {{"#define A 1"}, "A", yes}, {{"#define A 0"}, "A", no},
-      {{"#define A 0 // off"}, "A", no}, {{"#define A 0 /* off */"}, "A", no}, {{"#define A"}, "A", yes},
-      {{"#define A(x) x"}, "A", no}, {{}, "A", no}, {{}, "!A", yes}, {{"#define A 1"}, "!A", no},
-      {{"#define A 1"}, "!!A", yes}, {{"#define A 0"}, "defined(A)", yes}, {{"#define A(x) x"}, "defined(A)", yes},
-      {{}, "defined(A)", no}, {{"#define A"}, "defined(A) && !defined(B)", yes},
-      {{"#define A", "#define B"}, "defined(A) && !defined(B)", no}, {{"#define B"}, "defined(A) || defined(B)", yes},
+      {{}, "1", 1}, {{}, "0", 0}, {{"#define A 1"}, "A", 1}, {{"#define A 0"}, "A", 0}, {{"#define A"}, "A", 1},
+      {{"#define A 0 // off"}, "A", 0}, {{"#define A 0 /* off */"}, "A", 0}, {{"#define A(x) x"}, "A", 0},
+      {{}, "A", 0}, {{}, "!A", 1}, {{"#define A 1"}, "!A", 0}, {{"#define A 1"}, "!!A", 1}, {{}, "defined(A)", 0},
+      {{"#define A 0"}, "defined(A)", 1}, {{"#define A(x) x"}, "defined(A)", 1}, {{"#define A"}, "(defined A)", 1},
+      {{"#define A"}, "defined(A) && !defined(B)", 1}, {{"#define A", "#define B"}, "defined(A) && !defined(B)", 0},
+      {{"#define B"}, "defined(A) || defined(B)", 1},
       // && binds tighter than ||, and a false left operand still consumes its tail.
-      {{"#define C"}, "defined(A) && defined(B) || defined(C)", yes},
-      {{"#define A"}, "defined(A) || defined(B) && defined(C)", yes},
-      {{"#define B"}, "defined(A) || defined(B) && defined(C)", no}, {{"#define A"}, "(defined A)", yes},
-      {{"#define A", "#define C"}, "(defined(A) || defined(B)) && defined(C)", yes},
+      {{"#define C"}, "defined(A) && defined(B) || defined(C)", 1},
+      {{"#define A"}, "defined(A) || defined(B) && defined(C)", 1},
+      {{"#define B"}, "defined(A) || defined(B) && defined(C)", 0},
+      {{"#define A", "#define C"}, "(defined(A) || defined(B)) && defined(C)", 1},
       // Bare names and literals count only as the very last token.
-      {{"#define A 1"}, "(A)", no}, {{"#define X 1", "#define Y"}, "X && defined(Y)", no},
-      {{"#define X 1", "#define Y"}, "defined(Y) && X", yes}, {{"#define X 1"}, "1 || X", no},
-      {{}, "defined(A) || 1", yes},
+      {{"#define A 1"}, "(A)", 0}, {{"#define X 1", "#define Y"}, "X && defined(Y)", 0}, {{}, "defined(A) || 1", 1},
+      {{"#define X 1", "#define Y"}, "defined(Y) && X", 1}, {{"#define X 1"}, "1 || X", 0},
       // Two names: the first one's replacement against the second's.
-      {{"#define OS WIN", "#define WIN"}, "OS WIN", no}, {{"#define OS WIN"}, "OS WIN", yes},
-      {{"#define OS 3", "#define WIN 3"}, "OS WIN", yes}, {{}, "OS WIN", no},
+      {{"#define OS WIN", "#define WIN"}, "OS WIN", 0}, {{"#define OS WIN"}, "OS WIN", 1}, {{}, "OS WIN", 0},
+      {{"#define OS 3", "#define WIN 3"}, "OS WIN", 1},
       // Comparisons are not evaluated; three names are defined everywhere, with no replacement.
-      {{"#define A 1"}, "A == 1", no}, {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", yes},
-      {{}, "defined HARBO_CLIENT", yes}, {{}, "HARBO_CLIENT", no},
-      {{"#define A 1"}, "defined(A) /* why */ && \\\n defined(A)", yes},
+      {{"#define A 1"}, "A == 1", 0}, {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", 1},
+      {{}, "defined HARBO_CLIENT", 1}, {{}, "HARBO_CLIENT", 0},
+      {{"#define A 1"}, "defined(A) /* c */ && \\\n defined(A)", 1},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.condition);
     ScopedSource file("t.h", c.defines);
-    EXPECT_EQ(c.kept, keptBranch(file.source, ifElse(c.condition)));
+    EXPECT_EQ(c.yes ? "YES\n" : "NO\n", keptBranch(file.source, ifElse(c.condition)));
   }
 }
 
 TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
-  struct Case {
-    std::vector<std::string> defines;
-    const char* text;
-    const char* kept;
-  };
+  struct Case { std::vector<std::string> defines; const char* text; const char* kept; };
   const char* const chain = "#if defined(A)\na\n#elif defined(B)\nb\n#elif defined(C)\nc\n#else\nd\n#endif\n";
   const std::vector<Case> cases = {
       {{"#define X"}, "#ifdef X\nx\n#endif\n", "x\n"}, {{}, "#ifdef X\nx\n#endif\n", ""},
@@ -84,8 +69,7 @@ TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
       {{"#define A", "#define B"}, chain, "a\n"}, {{"#define B", "#define C"}, chain, "b\n"},
       {{"#define C"}, chain, "c\n"}, {{}, chain, "d\n"}, {{}, "#if 1\na\n#else\nb\n#else\nc\n#endif\n", "a\n"},
       {{}, "#if 0\na\n#else\nb\n#elif 1\nc\n#endif\n", "b\n"},
-      // A stray #else or #elif at the head of a group is never selected.
-      {{}, "#else\na\n#endif\n", ""}, {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},
+      {{}, "#else\na\n#endif\n", ""}, {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},  // a stray head never wins
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
@@ -95,11 +79,7 @@ TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
 }
 
 TEST(ConditionalEvaluation, MalformedConditionsWriteTheirErrorsOrMakeNoGroup) {
-  struct Case {
-    const char* text;
-    const char* kept;
-    std::vector<std::string> lines;
-  };
+  struct Case { const char* text; const char* kept; std::vector<std::string> lines; };
   const std::string missing = "# VNX-ERROR:   Missing condition in conditional preprocessing directive beginning line ";
   const std::string emptyN =
       "# VNX-ERROR:   Problem in N condition in conditional preprocessing directive in source t.h";

@@ -1,16 +1,9 @@
-// How a conditional group is read: its directives, where each branch begins and ends, the missing-#endif error.
+// How a conditional group is read: its directives, each branch's bounds, the missing-#endif error, its dump.
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "TAFileName.h"
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
 #include "vnxPreproDirectiveConditional.h"
-#include "vnxSourceFile.h"
 
 namespace {
 
@@ -20,8 +13,15 @@ std::string place(unsigned int pos, unsigned int line, unsigned int col) {
   return std::to_string(pos) + ":" + std::to_string(line) + ":" + std::to_string(col);
 }
 
-// Each directive as "<type> <condition>|<text begin>-<text end>", places as
-// offset:line:column; a branch marked empty must end before it begins.
+// A directive's branch as "<begin>-<end>".
+std::string branchOf(Directive* d) {
+  unsigned int p[2], l[2], c[2];
+  d->getBeginTextInRawStream(p[0], l[0], c[0]);
+  d->getEndTextInRawStream(p[1], l[1], c[1]);
+  return place(p[0], l[0], c[0]) + "-" + place(p[1], l[1], c[1]);
+}
+
+// Each directive as "<type> <condition>|<branch>"; a branch marked empty must end before it begins.
 std::vector<std::string> directivesOf(vnxPreproConditionalGroup* group) {
   std::vector<std::string> seen;
   ZELListPtr<Directive> directives;
@@ -31,15 +31,11 @@ std::vector<std::string> directivesOf(vnxPreproConditionalGroup* group) {
     ZELListVal<vnxToken> condition;
     d->getControlCondition(condition);
     std::string line = std::to_string(d->getConditionalDirectiveType());
-    for (int t = 1; t <= condition.Size(); ++t) {
+    for (int t = 1; t <= condition.Size(); ++t)
       line += " " + std::string(condition[t].getStart(), condition[t].getLength());
-    }
-    unsigned int bp, bl, bc, ep, el, ec;
-    d->getBeginTextInRawStream(bp, bl, bc);
-    d->getEndTextInRawStream(ep, el, ec);
-    seen.push_back(line + "|" + place(bp, bl, bc) + "-" + place(ep, el, ec));
+    seen.push_back(line + "|" + branchOf(d));
     if (d->getConditionalDirectiveType() != Directive::Endif) {
-      EXPECT_EQ(ep < bp, d->isEmptyText() != 0) << line;
+      EXPECT_EQ(d->getEndTextPosInRawStream() < d->getBeginTextPosInRawStream(), d->isEmptyText() != 0) << line;
     }
     d->Release();
   }
@@ -75,13 +71,16 @@ TEST(ConditionalGroup, GroupShapesAreReadToTheirEndif) {
        {"3 0|6:2:1-31:3:12", "5|38:5:1-37:4:6", "6|44:5:7-44:5:7"}, 45},
       // A stray #endif is a group of its own with no branch.
       {"#endif\n", 0, 1, 1, {"6|6:1:7-6:1:7"}, 7},
+      // A group ending with the text covers the NUL (so the caller learns the final newline is missing); a
+      // continuation escaping the final newline leaves the end on its backslash.
+      {"#if 1\nx\n#endif", 0, 1, 1, {"3 1|6:2:1-7:2:2", "6|14:3:7-14:3:7"}, 15},
+      {"#if 1\nx\n#endif \\\n", 0, 1, 1, {"3 1|6:2:1-7:2:2", "6|14:3:7-15:3:8"}, 16},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
     ScopedSource file("t.h");
     StreamCapture capture;
-    vnxPreproConditionalGroup* group =
-        vnxPreproConditionalGroup::create(file.source, c.text, c.pos, c.line, c.col, 0);
+    vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(file.source, c.text, c.pos, c.line, c.col, 0);
     ASSERT_NE(nullptr, group);
     EXPECT_EQ(c.directives, directivesOf(group));
     EXPECT_EQ(static_cast<int>(c.directives.size()), group->getConditionalDirectiveCount());
@@ -100,31 +99,8 @@ TEST(ConditionalGroup, GroupShapesAreReadToTheirEndif) {
   }
 }
 
-TEST(ConditionalGroup, AGroupEndingWithTheTextReachesItsTerminatingNul) {
-  const std::string text = "#if 1\nx\n#endif";
-  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
-  ASSERT_NE(nullptr, group);
-  // The group covers the NUL, which is how its caller learns the final newline is missing.
-  EXPECT_EQ(static_cast<int>(text.size()) + 1, group->getInitialGroupSize());
-  EXPECT_EQ(place(14, 3, 7), place(group->getEndGroupPosInRawStream(), group->getEndGroupLineInRawStream(),
-                                   group->getEndGroupColInRawStream()));
-  group->Release();
-
-  // A continuation that escapes the final newline leaves the end on its backslash.
-  const std::string continued = "#if 1\nx\n#endif \\\n";
-  group = vnxPreproConditionalGroup::create(nullptr, continued.c_str(), 0, 1, 1, 0);
-  ASSERT_NE(nullptr, group);
-  EXPECT_EQ(place(15, 3, 8), place(group->getEndGroupPosInRawStream(), group->getEndGroupLineInRawStream(),
-                                   group->getEndGroupColInRawStream()));
-  EXPECT_EQ(16, group->getInitialGroupSize());
-  group->Release();
-}
-
 TEST(ConditionalGroup, AGroupWithoutEndifIsNotMadeAndSaysWhereItBegan) {
-  struct Case {
-    const char* text;
-    std::vector<std::string> lines;
-  };
+  struct Case { const char* text; std::vector<std::string> lines; };
   const std::string missing = "# VNX-ERROR:   Missing #endif directive for begin in line 4 in source t.h";
   const std::vector<Case> cases = {
       {"#if 1\nx\n", {missing}}, {"#if 1\nx\n#else\ny\n", {missing}}, {"#if 1\n#if 2\n#endif\n", {missing}},
@@ -239,19 +215,31 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
       ASSERT_EQ(0, alone->build(text.c_str(), inPass->getBeginPosInRawStream(),
                                 static_cast<int>(inPass->getBeginLineInRawStream()),
                                 static_cast<int>(inPass->getBeginColInRawStream()), 0));
-      unsigned int p[4], l[4], c[4];
-      inPass->getBeginTextInRawStream(p[0], l[0], c[0]);
-      alone->getBeginTextInRawStream(p[1], l[1], c[1]);
-      inPass->getEndTextInRawStream(p[2], l[2], c[2]);
-      alone->getEndTextInRawStream(p[3], l[3], c[3]);
-      for (int e : {0, 2})
-        EXPECT_EQ(place(p[e + 1], l[e + 1], c[e + 1]), place(p[e], l[e], c[e])) << text << " at " << p[e];
+      EXPECT_EQ(branchOf(alone), branchOf(inPass)) << text;
       alone->Release();
       ++compared;
     }
     EXPECT_GE(compared, 4) << text;
     source->Release();
   }
+}
+
+TEST(ConditionalDump, AGroupDumpsItsDirectivesBetweenTheFrenchBanners) {
+  const std::string text = "#if defined(A) || B\nx\n#else // other\ny\n#endif\n";
+  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
+  ASSERT_NE(nullptr, group);
+  StreamCapture capture(wbStdout);
+  group->dump();
+  const char* const head = "#### vnxZELPreproDirective\n## preproString\n";
+  const char* const kind = "## preproType : Conditional\n   type:";
+  EXPECT_EQ(std::string("************* Groupe de directives ***************\n") + head + "#if defined(A) || B\n" +
+                kind + "3\n   control condition: defined ( A ) || B\n" +
+                "   Debut. Pos:20 Line:2 Col:1\n   Fin. Pos:21 Line:2 Col:2\n" + head + "#else \n" + kind +
+                "5\n   control condition:\n   Debut. Pos:37 Line:4 Col:1\n   Fin. Pos:38 Line:4 Col:2\n" + head +
+                "#endif\n" + kind + "6\n   control condition:\n   Debut. Pos:45 Line:5 Col:7\n" +
+                "   Fin. Pos:45 Line:5 Col:7\n************* Fin groupe de directives ***************\n",
+            capture.text());
+  group->Release();
 }
 
 }  // namespace

@@ -1,11 +1,6 @@
 // Define and include directives: name, replacement, parameters, tokens, include string, and malformed lines.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "../../source/vnxPreproDirectiveParser.h"
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxPreproDirectiveDefineFunction.h"
 #include "vnxPreproDirectiveDefineSimple.h"
@@ -71,10 +66,7 @@ TEST(DirectiveDefine, NameReplacementAndParametersAreReadFromTheLine) {
 }
 
 TEST(DirectiveDefine, ReplacementTokensLeaveOutCommentsAndLineContinuations) {
-  struct Case {
-    const char* text;
-    std::vector<std::string> tokens;
-  };
+  struct Case { const char* text; std::vector<std::string> tokens; };
   const std::vector<Case> cases = {
       {"#define A x /* c */ + \\\n y // z\n", {"x", "+", "y"}},
       {"#define A a##b #c \"s\" 'c' 10", {"a", "##", "b", "#", "c", "\"s\"", "'c'", "10"}},

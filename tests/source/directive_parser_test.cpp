@@ -1,19 +1,11 @@
-// The directive-line parser: which record a line makes, how far it runs, its errors, and the directive pools.
+// The directive-line parser: which record a line makes, how far it runs, its errors, dumps, the directive pools.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-#include "../../source/vnxPreproDirectiveParser.h"
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxCComment.h"
-#include "vnxComment.h"
 #include "vnxCppComment.h"
 #include "vnxPreproDirectiveDefineFunction.h"
-#include "vnxPreproDirectiveDefineSimple.h"
 #include "vnxPreproDirectiveInclude.h"
-#include "vnxZELPreproDirective.h"
 
 namespace {
 
@@ -205,6 +197,40 @@ TEST(DirectivePool, EachClassHasItsOwnPoolWhoseBlocksHold1024AndAreFreedWithThei
   EXPECT_EQ(1, vnxZELPreproDirective::getPoolBlockCount());
   directives[1024]->Release();
   EXPECT_EQ(0, vnxZELPreproDirective::getPoolBlockCount());
+}
+
+// Dumps the directive of every line whose first non-blank is '#', going on after its end as the pass does.
+std::string dumpDirectivesOf(const std::string& text) {
+  StreamCapture out(wbStdout);
+  vnxPreproDirectiveParser parser(nullptr);
+  int line = 1;
+  for (size_t lineStart = 0; lineStart < text.size(); ++line) {
+    size_t k = lineStart;
+    while (k < text.size() && (text[k] == ' ' || text[k] == '\t')) ++k;
+    size_t next = text.find('\n', k);
+    if (k < text.size() && text[k] == '#') {
+      const int col = static_cast<int>(k - lineStart) + 1;
+      vnxZELPreproDirective* d = parser.parse(text.c_str(), static_cast<int>(k), line, col, 0);
+      if (d) {
+        d->dump();
+        line = static_cast<int>(d->getEndLineInRawStream());
+        next = text.find('\n', static_cast<size_t>(d->getPosOfPreproCharInRawStream(d->getPreproStringSize() - 1)));
+        d->Release();
+      }
+    }
+    if (next == std::string::npos) break;
+    lineStart = next + 1;
+  }
+  return out.text();
+}
+
+TEST(DirectiveDump, EveryKindOfDirectiveDumpsItsOwnLines) {
+  const std::string dir = std::string(VNX_TEST_DATA_DIR) + "/directives/";
+  const std::string sample = readTextFile(dir + "directives.h");
+  ASSERT_FALSE(sample.empty());
+  StreamCapture errors;
+  EXPECT_EQ(readTextFile(dir + "directives.dump"), dumpDirectivesOf(sample));
+  EXPECT_EQ("", errors.text());
 }
 
 }  // namespace

@@ -15,16 +15,14 @@
 #include "ZELFileBuffer.h"
 #include "vnxSourceFile.h"
 
-// A heap copy with no slack after the NUL, so that AddressSanitizer sees a
-// read past the end of the text.
+// A heap copy with no slack after the NUL, so that AddressSanitizer sees a read past the end of the text.
 inline std::unique_ptr<char[]> exactCopy(const std::string& text) {
   std::unique_ptr<char[]> copy(new char[text.size() + 1]);
   std::memcpy(copy.get(), text.c_str(), text.size() + 1);
   return copy;
 }
 
-// A source file (named name) to hang comments and directives on, holding the
-// given #define lines; released on scope exit.
+// A source file to hang comments and directives on, holding the given #define lines; released on scope exit.
 struct ScopedSource {
   explicit ScopedSource(const char* name = "f.h", const std::vector<std::string>& defines = {})
       : source(vnxSourceFile::CreateFromPreprocessedText("", name)) {
@@ -43,11 +41,7 @@ struct ScopedSource {
 };
 
 // Runs the preprocessing pass over raw (as file name) and keeps what it made and wrote.
-struct Preprocessed {
-  int status = -1;
-  std::string stream;
-  std::string errors;
-};
+struct Preprocessed { int status = -1; std::string stream, errors; };
 inline Preprocessed preprocess(const std::string& raw, const char* name = "t.h") {
   StreamCapture capture;
   vnxSourceFile* source = new vnxSourceFile(ZELFileBuffer::CreateFromString(raw.c_str(), name), nullptr, TAFileName());
@@ -61,9 +55,7 @@ inline Preprocessed preprocess(const std::string& raw, const char* name = "t.h")
 
 inline std::string orNull(const char* text) { return text ? std::string(text) : std::string("<null>"); }
 
-// For a comment or a directive (R) of size characters starting at (line, col,
-// pos): every character's place must agree with a plain count over text, and
-// places outside it answer -1.
+// Every character's place in a comment or directive agrees with a plain count over text; outside it, -1.
 template <class R>
 void expectPlacesCountedOverText(R* record, const char* text, int size, unsigned line, unsigned col, int pos,
                                  unsigned (R::*lineOf)(int), unsigned (R::*colOf)(int), int (R::*posOf)(int) const) {

@@ -2,31 +2,22 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
-#include <string>
-#include <vector>
 
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxDefinePreproDirectiveExpander.h"
-#include "vnxSourceFile.h"
 
 namespace {
 
 // The registry is process-wide: every name here starts with "EXP_" so no other test's text meets one.
 struct MacroFile {
-  MacroFile(const std::vector<std::string>& defines, const std::vector<const char*>& registered)
+  MacroFile(const std::vector<std::string>& defines, const std::vector<std::string>& registered)
       : file("m.h", defines) {
-    for (const char* name : registered) vnxSourceFile::addMacroToExpand(name);
+    for (const std::string& name : registered) vnxSourceFile::addMacroToExpand(name.c_str());
   }
   ScopedSource file;
 };
 
-struct Expansion {
-  int status;
-  std::string replacement;  // "<null>" when none was given
-  int replaced;
-};
+struct Expansion { int status; std::string replacement; int replaced; };  // replacement "<null>": none given
 
 // Runs of blanks as one, no leading blank: the pass squeezes blanks anyway, so only the tokens matter.
 std::string squeezed(const std::string& text) {
@@ -57,10 +48,9 @@ const std::vector<std::string> kDefines = {
     "#define EXP_ARGSELF(x) EXP_ARGSELF(x)", "#define EXP_NAME_ONLY EXP_ADD", "#define EXP_VARIADIC(fmt, ...) f(fmt)",
     "#define EXP_GROW (EXP_GROW)",
 };
-const std::vector<const char*> kRegistered = {"EXP_ONE",  "EXP_TWO",  "EXP_EMPTY",   "EXP_PLAIN",     "EXP_ADD",
-                                              "EXP_CALL", "EXP_NOARGS", "EXP_STR",   "EXP_CAT",       "EXP_SELF",
-                                              "EXP_PING", "EXP_PONG", "EXP_ARGSELF", "EXP_NAME_ONLY", "EXP_VARIADIC",
-                                              "EXP_GROW", "EXP_NODEFINE"};
+const std::vector<std::string> kRegistered = {
+    "EXP_ONE", "EXP_TWO", "EXP_EMPTY", "EXP_PLAIN", "EXP_ADD", "EXP_CALL", "EXP_NOARGS", "EXP_STR", "EXP_CAT",
+    "EXP_SELF", "EXP_PING", "EXP_PONG", "EXP_ARGSELF", "EXP_NAME_ONLY", "EXP_VARIADIC", "EXP_GROW", "EXP_NODEFINE"};
 
 // Macros EXP_WIDE0..39, each replaced by two of the next: 2^40 characters unless bounded.
 void addWideChain(std::vector<std::string>& defines, std::vector<std::string>& names) {
@@ -71,31 +61,18 @@ void addWideChain(std::vector<std::string>& defines, std::vector<std::string>& n
   }
 }
 
-std::vector<const char*> namesOf(const std::vector<std::string>& names) {
-  std::vector<const char*> out;
-  for (const std::string& name : names) out.push_back(name.c_str());
-  return out;
-}
-
 TEST(Expander, RegisteredMacrosExpandToTheirReplacementWithArgumentsSubstituted) {
-  struct Case {
-    const char* text;
-    const char* replacement;
-    int replaced;
-  };
+  struct Case { const char* text; const char* replacement; int replaced; };
   const std::vector<Case> cases = {
-      {"EXP_ONE;", "1 + 2 ", 7}, {"EXP_TWO)", "1 + 2 * 3 ", 7}, {"EXP_EMPTY x", "", 9},
+      {"EXP_ONE;", "1 + 2 ", 7}, {"EXP_TWO)", "1 + 2 * 3 ", 7}, {"EXP_EMPTY x", "", 9}, {"EXP_CALL", "4 + 5 ", 8},
       {"EXP_PLAIN", "unregistered_name EXP_UNREG ", 9}, {"EXP_ADD(1, 2) rest", "1 + 2 ", 13},
       {"EXP_ADD\n  ( x , y )", "x + y ", 19}, {"EXP_ADD /* c */ (1, 2 /* , 3 */)", "1 + 2 ", 32},
       {"EXP_ADD((1,2), g(3, 4))", "(1,2) + g(3, 4) ", 23}, {"EXP_ADD(\"a,b\", ')')", "\"a,b\" + ')' ", 19},
-      {"EXP_ADD(  spaced   out ,\n y)", "spaced out + y ", 28}, {"EXP_CALL", "4 + 5 ", 8},
-      {"EXP_NOARGS()", "z ", 12},
+      {"EXP_ADD(  spaced   out ,\n y)", "spaced out + y ", 28}, {"EXP_NOARGS()", "z ", 12},
       // Arguments are expanded before they are substituted; a call inside them is an ordinary call.
       {"EXP_ADD(EXP_ONE, EXP_TWO)", "1 + 2 + 1 + 2 * 3 ", 25}, {"EXP_ADD(EXP_ADD(1, 2), 3)", "1 + 2 + 3 ", 25},
-      // A name that the first pass over an argument brings next to a '('.
-      {"EXP_ADD(EXP_NAME_ONLY(1, 2), 0)", "1 + 2 + 0 ", 31},
-      // Missing arguments are empty.
-      {"EXP_ADD(1)", "1 + ", 10}, {"EXP_ADD()", "+ ", 9},
+      // A name that the first pass over an argument brings next to a '('; missing arguments are empty.
+      {"EXP_ADD(EXP_NAME_ONLY(1, 2), 0)", "1 + 2 + 0 ", 31}, {"EXP_ADD(1)", "1 + ", 10}, {"EXP_ADD()", "+ ", 9},
       // Stringized and pasted arguments are taken as written; a pasted name is rescanned.
       {"EXP_STR(a  +   b)", "\"a + b\" ", 17}, {"EXP_STR(say \"hi\" 'c' \\n)", "\"say \\\"hi\\\" \\'c\\' \\\\n\" ", 24},
       {"EXP_STR(EXP_ONE)", "\"EXP_ONE\" ", 16}, {"EXP_STR()", "\"\" ", 9}, {"EXP_CAT(x, y)", "xy ", 13},
@@ -118,21 +95,17 @@ TEST(Expander, RegisteredMacrosExpandToTheirReplacementWithArgumentsSubstituted)
 }
 
 TEST(Expander, NamesThatCannotExpandHereFailAndLeaveTheTextAlone) {
-  struct Case {
-    const char* text;
-    std::vector<std::string> lines;
-  };
+  struct Case { const char* text; std::vector<std::string> lines; };
   const std::vector<Case> cases = {
       {"EXP_NOT_REGISTERED",
        {"# VNX-WARNING: Problem in vnxDefinePreproDirectiveExpander::expandLocal: <EXP_NOT_REGISTERED> is not in "
         "macro list. File name : m.h"}},
       {"EXP_NODEFINE", {}}, {"EXP_ADD + 1", {}}, {"EXP_ADD", {}}, {"EXP_ADD(1, 2, 3)", {}}, {"EXP_NOARGS(1)", {}},
-      {"EXP_ADD(1, (2)", {}}, {"EXP_ADD(1, \"2)", {}}, {"EXP_ADD(1 /* 2)", {}},
+      {"EXP_ADD(1, (2)", {}}, {"EXP_ADD(1, \"2)", {}}, {"EXP_ADD(1 /* 2)", {}}, {"", {}},
       // A parameter list that cannot be read (the reading says why, once).
       {"EXP_VARIADIC(\"%d\", 1)",
        {" -> !! vnxPreproDirectiveDefineFunction::compute : Token is neither ID nor COMMA in _argumentString : "
         "fmt, ..."}},
-      {"", {}},
   };
   MacroFile macros(kDefines, kRegistered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
@@ -161,8 +134,7 @@ TEST(Expander, TheRegistryIsCopiedWhenTheExpanderIsMade) {
 }
 
 TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
-  std::vector<std::string> defines;
-  std::vector<std::string> names;
+  std::vector<std::string> defines, names;
   // A chain deeper than the nesting bound.
   for (int k = 0; k < 80; ++k) {
     defines.push_back("#define EXP_DEEP" + std::to_string(k) + " EXP_DEEP" + std::to_string(k + 1));
@@ -171,7 +143,7 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
   addWideChain(defines, names);
   defines.push_back("#define EXP_SHALLOW EXP_DEEP70");
   names.push_back("EXP_SHALLOW");
-  MacroFile macros(defines, namesOf(names));
+  MacroFile macros(defines, names);
   MacroFile grow(kDefines, kRegistered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
   vnxDefinePreproDirectiveExpander growing(grow.file.source);
@@ -187,12 +159,11 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
 
 // Past a total of work spent on failed expansions, later ones get a small bound; ordinary macros still expand.
 TEST(Expander, FailedExpansionsPastTheirTotalLeaveLaterOnesASmallBound) {
-  std::vector<std::string> defines;
-  std::vector<std::string> names;
+  std::vector<std::string> defines, names;
   addWideChain(defines, names);
   defines.push_back("#define EXP_SMALL (1 + 2)");
   names.push_back("EXP_SMALL");
-  MacroFile macros(defines, namesOf(names));
+  MacroFile macros(defines, names);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
 
   // 2^16 copies of a name: far past the reduced bound, within the whole one.

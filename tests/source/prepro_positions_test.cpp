@@ -1,15 +1,10 @@
 // Every preprocessed character maps back to the raw character it came from, over samples and synthetic text.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <filesystem>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "TestSupport.h"
-#include "ZELFileBuffer.h"
-#include "vnxSourceFile.h"
+#include "directive_test_support.h"
 
 namespace {
 
@@ -22,7 +17,7 @@ void checkPositions(const std::string& raw, vnxSourceFile& source, const std::st
   for (size_t k = 0; k < raw.size(); ++k) {
     lines[k] = line;
     cols[k] = col;
-    if (raw[k] == '\n') { ++line; col = 1; } else { ++col; }
+    col = raw[k] == '\n' ? (++line, 1) : col + 1;
   }
   int previous = -1;
   for (int k = 0; k < source.GetSize(); ++k) {
@@ -41,11 +36,9 @@ void checkPositions(const std::string& raw, vnxSourceFile& source, const std::st
                                     << raw[static_cast<size_t>(r)] << "'";
     int l = 0, cc = 0;
     ASSERT_EQ(0, source.GetPos(k, l, cc));
-    EXPECT_EQ(lines[static_cast<size_t>(r)], l) << label << " at " << k;
-    EXPECT_EQ(cols[static_cast<size_t>(r)], cc) << label << " at " << k;
-    const vnxSyntaxePoint point = source.GetPoint(k);
-    EXPECT_EQ(l, point.GetLine());
-    EXPECT_EQ(cc, point.GetCol());
+    EXPECT_EQ(std::make_pair(lines[static_cast<size_t>(r)], cols[static_cast<size_t>(r)]), std::make_pair(l, cc))
+        << label << " at " << k;
+    EXPECT_EQ(std::make_pair(l, cc), std::make_pair(source.GetPoint(k).GetLine(), source.GetPoint(k).GetCol()));
   }
 }
 
@@ -53,8 +46,7 @@ void checkText(const std::string& raw, const std::string& label) {
   StreamCapture quiet;
   vnxSourceFile* source = new vnxSourceFile(ZELFileBuffer::CreateFromString(raw.c_str(), label.c_str()), nullptr,
                                             TAFileName());
-  const int status = source->preProcess();
-  if (status == 0) checkPositions(raw.substr(0, std::string(raw.c_str()).size()), *source, label);
+  if (source->preProcess() == 0) checkPositions(raw.substr(0, std::string(raw.c_str()).size()), *source, label);
   source->Release();
 }
 
@@ -88,19 +80,14 @@ TEST(PreproPositions, ExpandedTextMapsToTheMacroName) {
   for (int i = 0; i < 50; ++i) text += "int a" + std::to_string(i) + " = EXP_ONE ; int b = EXP_TWICE( EXP_ONE );\n";
   checkText(text, "expand.h");
 
-  StreamCapture quiet;
-  vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
-  ASSERT_EQ(0, source->preProcess());
-  const std::string stream = source->GetStream();
+  const Preprocessed pass = preprocess(text);
+  ASSERT_EQ(0, pass.status);
+  const std::string& stream = pass.stream;
   EXPECT_EQ(std::string::npos, stream.find("EXP_")) << stream.substr(0, 200);
   EXPECT_NE(std::string::npos, stream.find("int a0 = 1 + 1;")) << stream.substr(0, 200);
-  source->Release();
 }
 
-// The tables are filled sixteen characters at a time: newlines at every
-// offset of a chunk, several in one chunk, runs of them across chunk ends and
-// texts that stop at any offset of their last chunk must all count as a
-// character-by-character walk does.
+// Tables filled sixteen characters at a time count as a character walk: newlines at any chunk offset, runs, ends.
 TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
   std::vector<std::string> texts;
   for (int length = 0; length <= 40; ++length) {
@@ -116,8 +103,7 @@ TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
   for (int n = 0; n < 40; ++n) {
     std::string text;
     const unsigned int density = 1 + n % 7;  // one newline in 2 to 128 characters, on average
-    const size_t length = 16 * static_cast<size_t>(n % 9) + static_cast<size_t>(n % 17) + 30;
-    for (size_t k = 0; k < length; ++k) {
+    for (size_t k = 0; k < 16 * static_cast<size_t>(n % 9) + static_cast<size_t>(n % 17) + 30; ++k) {
       seed = seed * 1103515245u + 12345u;
       const unsigned int r = (seed >> 16) & 0x7fff;
       text += r % (1u << density) == 0 ? '\n' : (r % 11 == 0 ? '\r' : static_cast<char>('a' + r % 26));
@@ -131,12 +117,7 @@ TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
       int l = 0, c = 0;
       ASSERT_EQ(0, source->GetPos(k, l, c));
       ASSERT_EQ(std::make_pair(line, col), std::make_pair(l, c)) << "offset " << k << " of a text of " << text.size();
-      if (text[static_cast<size_t>(k)] == '\n') {
-        ++line;
-        col = 1;
-      } else {
-        ++col;
-      }
+      col = text[static_cast<size_t>(k)] == '\n' ? (++line, 1) : col + 1;
     }
     source->Release();
   }

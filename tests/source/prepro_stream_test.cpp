@@ -4,37 +4,28 @@
 #include <string>
 #include <vector>
 
-#include "TestSupport.h"
 #include "directive_test_support.h"
 #include "vnxComment.h"
-#include "vnxSourceFile.h"
 
 namespace {
 
 TEST(PreproStream, TheStreamIsTheCodeSqueezedWithNoiseCommentsDirectivesAndDeadBranchesTakenOut) {
-  const struct {
-    const char* raw;
-    const char* stream;
-  } cases[] = {
+  const struct { const char* raw; const char* stream; } cases[] = {
       // Blanks are squeezed and dropped around punctuation.
-      {"int  a ;", "int a;"}, {"if (x) y = 1 ;", "if(x)y = 1;"}, {"x = a - b;", "x = a- b;"},
-      {"char * p;", "char* p;"}, {"std::vector< int > v;", "std::vector< int >v;"}, {"a ? b : c;", "a ? b: c;"},
+      {"int  a ;", "int a;"}, {"if (x) y = 1 ;", "if(x)y = 1;"}, {"x = a - b;", "x = a- b;"}, {"char * p;", "char* p;"},
+      {"std::vector< int > v;", "std::vector< int >v;"}, {"a ? b : c;", "a ? b: c;"}, {"a\\\nb", "a b"},
       {"f(a ) ; g( b  ) ;h(x\t)", "f(a);g(b);h(x)"}, {"    indented;\n\t\t  more  ;\n", "indented;more;"},
-      {"int a;\r\nint b;\r\n", "int a;int b;"}, {"a\\\nb", "a b"}, {"int \xC3\xA9;", "int;"},
-      // Long runs of blanks, stepped over sixteen at a time: a run ending at
-      // each offset of a chunk, a tab or a newline inside one, a run to the end.
-      {"a                 b", "a b"}, {"a                                b", "a b"},
-      {"a                \t   \t  \n       b", "a b"}, {"x ;                         ", "x;"},
-      {"f(                      x                 )", "f(x)"},
+      {"int a;\r\nint b;\r\n", "int a;int b;"}, {"int \xC3\xA9;", "int;"},
+      // Runs of blanks stepped over sixteen at a time: ending at each chunk offset, with tabs/newlines, to the end.
+      {"a                 b", "a b"}, {"a                \t   \t  \n       b", "a b"},
+      {"x ;                         ", "x;"}, {"f(                      x                 )", "f(x)"},
       // Literals keep their content.
-      {"s = \"a  b\" ;", "s =\"a  b\";"},
-      {"x = \"a /* not a comment */ b\";", "x =\"a /* not a comment */ b\";"},
-      {"x = \"esc \\\" // still\";", "x =\"esc \\\" // still\";"},
-      {"x = \"a\\\\\" ; y", "x =\"a\\\\\";y"}, {"c = '\\'' ; d", "c ='\\'';d"},
-      {"c = '\"' ; d = 1;", "c ='\"';d = 1;"},
+      {"s = \"a  b\" ;", "s =\"a  b\";"}, {"x = \"a /* not a comment */ b\";", "x =\"a /* not a comment */ b\";"},
+      {"x = \"esc \\\" // still\";", "x =\"esc \\\" // still\";"}, {"x = \"a\\\\\" ; y", "x =\"a\\\\\";y"},
+      {"c = '\\'' ; d", "c ='\\'';d"}, {"c = '\"' ; d = 1;", "c ='\"';d = 1;"},
       // Declaration noise goes, and only as whole words.
-      {"extern \"C\" { void f(); }", "void f();"}, {"extern \"C\" int g();", "int g();"},
-      {"void _cdecl f();", "void f();"}, {"int externals;", "int externals;"}, {"x = 1; extern", "x = 1;"},
+      {"extern \"C\" { void f(); }", "void f();"}, {"extern \"C\" int g();", "int g();"}, {"x = 1; extern", "x = 1;"},
+      {"void _cdecl f();", "void f();"}, {"int externals;", "int externals;"},
       {"int value; extern int y;", "int value;int y;"}, {"int index = next + vertex;", "int index = next + vertex;"},
       {"typedef void (__stdcall *callback)(int);", "typedef void(*callback)(int);"},
       {"int WINAPI_cdecl x; long  __cdecl f(int  a ,  int  b ) ;", "int WINAPI x;long f(int a,int b);"},
@@ -44,15 +35,14 @@ TEST(PreproStream, TheStreamIsTheCodeSqueezedWithNoiseCommentsDirectivesAndDeadB
       {"ZELLISTP(vnxComment) x;", "ZELLISTP_vnxComment_ x;"}, {"ZELLISTV( int ) values;", "ZELLISTV_int_ values;"},
       {"SEQUENCE(a,b) stays;", "SEQUENCE(a,b)stays;"}, {"MYSEQUENCE(a) x;", "MYSEQUENCE(a)x;"},
       {"LPSTR s; SEQUENCE(Point) pts; ZELLISTV(int) v;", "LPSTR s;SEQUENCE_Point_ pts;ZELLISTV_int_ v;"},
-      {"f() {{ x; }}", "f(){ x;}"}, {"{{ {{x;}} }}", "{   x;}"}, {"{{x;}}}}", "{ x;}}}"},
-      {"{ {{x;}} y;}", "{{ x;}y;}"}, {"{{{x;}\"}\"}}", "{ {x;}\"}\"}"}, {"{a;} {b;}", "{a;}{b;}"},
+      {"f() {{ x; }}", "f(){ x;}"}, {"{{ {{x;}} }}", "{   x;}"}, {"{{x;}}}}", "{ x;}}}"}, {"{ {{x;}} y;}", "{{ x;}y;}"},
+      {"{{{x;}\"}\"}}", "{ {x;}\"}\"}"}, {"{a;} {b;}", "{a;}{b;}"},
       // Comments leave no trace and the text on both sides joins.
       {"a/*c*/b", "ab"}, {"a /* c */ b", "a b"}, {"int a; /* multi\n line */ int b;", "int a;int b;"},
       {"x // unterminated at end", "x "},
-      // Directives are taken out, only at the start of a line.
-      {"  #  pragma once\nint a;", "int a;"}, {"#define LONG a \\\n  b\nint c;", "int c;"},
-      {"int a; #define NOT_A_DIRECTIVE\n", "int a;#define NOT_A_DIRECTIVE "}, {"#define LAST", ""},
-      // Conditional groups keep only the selected branch.
+      // Directives are taken out, only at the start of a line; conditional groups keep only the selected branch.
+      {"  #  pragma once\nint a;", "int a;"}, {"#define LONG a \\\n  b\nint c;", "int c;"}, {"#define LAST", ""},
+      {"int a; #define NOT_A_DIRECTIVE\n", "int a;#define NOT_A_DIRECTIVE "},
       {"#ifdef HARBO_CLIENT\nint a;\n#endif\nint z;\n", "int a;int z;"},
       {"#define A\n#ifdef A\nint a;\n#else\nint b;\n#endif\n", "int a;"},
       {"#define B 1\n#if defined(B)\n#if B\nint b;\n#endif\n#endif\n", "int b;"},
@@ -65,12 +55,7 @@ TEST(PreproStream, TheStreamIsTheCodeSqueezedWithNoiseCommentsDirectivesAndDeadB
 }
 
 TEST(PreproStream, ProblemsAreReportedWithTheFileName) {
-  const struct {
-    const char* raw;
-    int status;
-    const char* stream;
-    std::vector<std::string> messages;
-  } cases[] = {
+  const struct { const char* raw; int status; const char* stream; std::vector<std::string> messages; } cases[] = {
       {"ZELLISTP(const X) list;", 1, "",
        {"# VNX-ERROR:   Missing end of '(' in ZELLISTP() or ZELLISTV() or SEQUENCE in t.h"}},
       {"#ifdef HARBO_CLIENT\nint a;\n#endif", 0, "int a;",
@@ -97,7 +82,7 @@ TEST(PreproStream, DeadBranchesAreRecordedAsComments) {
   bool found = false;
   for (int i = 1; i <= comments.Size(); ++i) {
     const std::string text = comments[i]->getCommentString();
-    if (text.find("int dead;") != std::string::npos) found = true;
+    found = found || text.find("int dead;") != std::string::npos;
     EXPECT_EQ(std::string::npos, text.find("int live;"));
     comments[i]->Release();
   }
@@ -115,12 +100,7 @@ TEST(PreproStream, EmptyTextAndSecondPass) {
 
 TEST(PreproStream, CountsLinesAndCodeLines) {
   // Lines: the raw line of the stream's last character; code lines: the raw lines the stream comes from.
-  const struct {
-    const char* text;
-    const char* stream;
-    int lines;
-    int codeLines;
-  } rows[] = {
+  const struct { const char* text; const char* stream; int lines; int codeLines; } rows[] = {
       {"// header\n\nint a;\n/* c */\nint b;\n\n", "int a;int b;", 5, 2},
       {"int a; int b;\n\n\nint c;", "int a;int b;int c;", 4, 2},
       {"int f(int a,\n      int b);\n", "int f(int a,int b);", 2, 2},

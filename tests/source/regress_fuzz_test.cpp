@@ -2,17 +2,12 @@
 // linear pass takes milliseconds and a relapse into repeated reading runs past the test's time limit.
 #include <gtest/gtest.h>
 
-#include <string>
-
-#include "TestSupport.h"
 #include "directive_test_support.h"
-#include "vnxSourceFile.h"
 
 namespace {
 
 std::string repeat(const std::string& text, int count) {
   std::string out;
-  out.reserve(text.size() * static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) out += text;
   return out;
 }
@@ -22,7 +17,8 @@ std::string repeat(const std::string& text, int count) {
 TEST(SourceFuzzRegress, SelfDoublingMacroNestedInItsArgumentsIsGivenUpQuickly) {
   vnxSourceFile::addMacroToExpand("FUZZ_TWICE");
   const std::string call = repeat("FUZZ_TWICE(", 30) + "1" + repeat(")", 30) + ";\n";
-  const Preprocessed pass = preprocess("#define FUZZ_TWICE(x) FUZZ_TWICE(x)FUZZ_TWICE(x)\n" + repeat(call, 6) + "int after;\n");
+  const Preprocessed pass =
+      preprocess("#define FUZZ_TWICE(x) FUZZ_TWICE(x)FUZZ_TWICE(x)\n" + repeat(call, 6) + "int after;\n");
   EXPECT_EQ(0, pass.status);
   ASSERT_GE(pass.stream.size(), 10u);
   EXPECT_EQ("int after;", pass.stream.substr(pass.stream.size() - 10));
@@ -32,7 +28,8 @@ TEST(SourceFuzzRegress, SelfDoublingMacroNestedInItsArgumentsIsGivenUpQuickly) {
 // expander's bounds at bounded total cost, and the pass still reaches the end.
 TEST(SourceFuzzRegress, RunawayMacroCallsInADamagedFileSpendABoundedAmountOfWork) {
   for (const char* name : {"GEO_SQUARE", "GEO_SAMPLES_MIN", "MAX", "A", "M"}) vnxSourceFile::addMacroToExpand(name);
-  const Preprocessed pass = preprocess(readTextFile(std::string(VNX_TEST_DATA_DIR) + "/prepro/fuzz-runaway-macro-calls.h"));
+  const Preprocessed pass =
+      preprocess(readTextFile(std::string(VNX_TEST_DATA_DIR) + "/prepro/fuzz-runaway-macro-calls.h"));
   EXPECT_EQ(0, pass.status);
   const std::string end = "i]nt x=17UL;";
   ASSERT_GE(pass.stream.size(), end.size());

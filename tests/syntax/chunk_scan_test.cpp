@@ -1,6 +1,5 @@
-// The scanners pass over long runs of ordinary characters sixteen at a time:
-// texts whose stops fall at every offset of a chunk, and at its bounds, must
-// give what one character at a time gives.
+// The scanners skip ordinary characters sixteen at a time: stops at every offset of a chunk, and at its
+// bounds, must give what one character at a time gives.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -19,9 +18,7 @@ std::string filler(int n) {
   return out;
 }
 
-// A word of n letters.
 std::string word(int n) { return std::string(static_cast<size_t>(n), 'w'); }
-
 int lastOf(const std::string& text) { return static_cast<int>(text.size()) - 1; }
 
 constexpr int kLongest = 40;  // past two chunks and a half
@@ -30,8 +27,7 @@ TEST(TreeChunkScan, BracketWalksStopAtEveryOffsetOfAChunk) {
   for (int n = 0; n <= kLongest; ++n) {
     const std::string par = "(" + filler(n) + ")" + filler(20);
     EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, lastOf(par)), n + 1) << par;
-    // A closer just past the limit is not seen.
-    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, n), 0) << par;
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, n), 0) << "a closer just past the limit: " << par;
     const std::string index = "[" + filler(n) + "(x]" + filler(n) + ")]";
     EXPECT_EQ(vnxSyntaxe::SearchEndOfIndex(index.c_str(), 0, lastOf(index)), lastOf(index)) << index;
     const std::string block = "{" + filler(n) + "\"}\"" + filler(n) + "}" + filler(17);
@@ -48,10 +44,7 @@ TEST(TreeChunkScan, InstructionEndIsFoundAtEveryOffsetOfAChunk) {
     const std::string jumped = filler(n) + "(;)" + filler(n) + ";";
     EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(jumped.c_str(), 0, lastOf(jumped), 0, 0), lastOf(jumped))
         << jumped;
-    const std::string unended = filler(n);
-    if (n > 0) {
-      EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(unended.c_str(), 0, n - 1, 0, 0), n - 1) << unended;
-    }
+    if (n > 0) { EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(filler(n).c_str(), 0, n - 1, 0, 0), n - 1) << n; }
   }
 }
 
@@ -59,30 +52,19 @@ TEST(TreeChunkScan, ExpressionsSplitAndTakeTheirShapeWhateverTheirLength) {
   for (int n = 1; n <= kLongest; ++n) {
     const std::string a = word(n);
     const std::string b = word(kLongest + 1 - n);
-    const struct {
-      std::string text;
-      std::string tree;
-    } rows[] = {
-        {a + " + " + b, "+(" + a + "," + b + ")"},
-        {a + "-" + b + "-" + a, "-(-(" + a + "," + b + ")," + a + ")"},
-        {"unsigned " + a, "dc(unsigned," + a + ")"},
-        {"const " + a + " " + b, "dc(dc(const," + a + ")," + b + ")"},
+    const struct { std::string text, tree; } rows[] = {
+        {a + " + " + b, "+(" + a + "," + b + ")"}, {a + "-" + b + "-" + a, "-(-(" + a + "," + b + ")," + a + ")"},
+        {"unsigned " + a, "dc(unsigned," + a + ")"}, {"const " + a + " " + b, "dc(dc(const," + a + ")," + b + ")"},
         {a + "(" + b + ", " + a + ")", "mt(" + a + ",args(" + b + "," + a + "))"},
-        {a + "[" + b + "]", "in(" + a + "," + b + ")"},
-        {"int " + a + " : 3", "dc(int,:(" + a + ",3))"},
-    };
-    for (const auto& row : rows) {
-      exprtest::BuiltExpression built(row.text);
-      EXPECT_EQ(built.tree(), row.tree) << row.text;
-    }
+        {a + "[" + b + "]", "in(" + a + "," + b + ")"}, {"int " + a + " : 3", "dc(int,:(" + a + ",3))"}};
+    for (const auto& row : rows) EXPECT_EQ(exprtest::BuiltExpression(row.text).tree(), row.tree) << row.text;
   }
 }
 
 TEST(TreeChunkScan, UnclosedBracketsAreReportedWhateverTheirOffset) {
   for (int n = 0; n <= kLongest; ++n) {
     const std::string text = "f(" + word(n) + ", g(" + word(n) + ")";
-    exprtest::BuiltExpression built(text);
-    EXPECT_NE(built.status(), 0) << text;
+    EXPECT_NE(exprtest::BuiltExpression(text).status(), 0) << text;
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Missing )") << text;
   }
 }

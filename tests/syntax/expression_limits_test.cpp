@@ -12,18 +12,10 @@ using exprtest::ParsedText;
 
 namespace {
 
-struct PoolCounts {
-  int nodes = vnxSyntaxe::GetPoolLiveCount();
-  int instructions = vnxInstruction::GetPoolLiveCount();
-  int expressions = vnxExpression::GetPoolLiveCount();
-  bool operator==(const PoolCounts& o) const {
-    return nodes == o.nodes && instructions == o.instructions && expressions == o.expressions;
-  }
-};
+using exprtest::liveCounts;
 
 std::string repeat(const std::string& piece, int times) {
   std::string out;
-  out.reserve(piece.size() * static_cast<size_t>(times));
   for (int i = 0; i < times; ++i) out += piece;
   return out;
 }
@@ -49,9 +41,9 @@ TEST(ExpressionOperatorSearch, ExistLongerOpAcceptsOnlyWholeOperatorTokens) {
   // expected: 0, or the length of the operator the candidate belongs to.
   static const struct { const char* text; int pos; int length; int expected; } rows[] = {
       {"a<<=b", 1, 3, 0}, {"a<<=b", 1, 2, 3}, {"a<<=b", 2, 2, 3}, {"a<<=b", 3, 1, 3}, {"a->*b", 1, 2, 3},
-      {"a->b", 1, 2, 0},  {"a->b", 1, 1, 2},  {"a->b", 2, 1, 2},  {"a+++b", 1, 2, 0}, {"a+++b", 2, 2, 2},
-      {"a+++b", 3, 1, 0}, {"a+++b", 1, 1, 2}, {"a==b", 1, 1, 2},  {"a==b", 2, 1, 2},  {"a=b", 1, 1, 0},
-      {"a::b", 1, 1, 2},  {"a<b", 1, 1, 0},   {"a&&b", 2, 1, 2},  {"a&=b", 1, 1, 2},
+      {"a->b", 1, 2, 0}, {"a->b", 1, 1, 2}, {"a->b", 2, 1, 2}, {"a+++b", 1, 2, 0}, {"a+++b", 2, 2, 2},
+      {"a+++b", 3, 1, 0}, {"a+++b", 1, 1, 2}, {"a==b", 1, 1, 2}, {"a==b", 2, 1, 2}, {"a=b", 1, 1, 0},
+      {"a::b", 1, 1, 2}, {"a<b", 1, 1, 0}, {"a&&b", 2, 1, 2}, {"a&=b", 1, 1, 2},
       {"1.5", 1, 1, 1},  // the point of a number is no operator at all
   };
   for (const auto& row : rows) {
@@ -62,22 +54,17 @@ TEST(ExpressionOperatorSearch, ExistLongerOpAcceptsOnlyWholeOperatorTokens) {
 }
 
 TEST(ExpressionOperatorSearch, LevelsRankOperatorsFromScopeToSemicolon) {
-  static const struct {
-    const char* op;
-    int level;
-  } rows[] = {{";", 190},  {",", 180},  {"=", 170},  {"<<=", 170}, {"*=", 170}, {"?", 160}, {":", 150},
-              {"||", 140}, {"&&", 130}, {"|", 120},  {"^", 110},   {"&", 100},  {"==", 90}, {"!=", 90},
-              {"<=", 80},  {">", 80},   {">>", 70},  {"+", 65},    {"-", 65},   {"%", 60},  {"->*", 50},
-              {".*", 50},  {"!", 40},   {"->", 30},  {".", 30},    {"--", 20},  {"::", 10}, {"id", 0},
-              {"<=>", 0},  {"", 0},     {"~", 0}};
+  static const struct { const char* op; int level; } rows[] = {
+      {";", 190}, {",", 180}, {"=", 170}, {"<<=", 170}, {"*=", 170}, {"?", 160}, {":", 150}, {"||", 140}, {"&&", 130},
+      {"|", 120}, {"^", 110}, {"&", 100}, {"==", 90}, {"!=", 90}, {"<=", 80}, {">", 80}, {">>", 70}, {"+", 65},
+      {"-", 65}, {"%", 60}, {"->*", 50}, {".*", 50}, {"!", 40}, {"->", 30}, {".", 30}, {"--", 20}, {"::", 10},
+      {"id", 0}, {"<=>", 0}, {"", 0}, {"~", 0}};
   for (const auto& row : rows) EXPECT_EQ(vnxExpression::GetOperatorLevel(row.op), row.level) << row.op;
 }
 
 TEST(ExpressionArguments, UnclosedLiteralsAndParenthesesFailAfterTheArgumentsBeforeThem) {
   static const struct { const char* text; const char* message; int children; } rows[] = {
-      {"\"abc, x", "Missing \"", 0}, {"a, 'b", "Missing '", 1}, {"a, b, (c", "Missing )", 2},
-      {"a, f(b", "Missing )", 1},
-  };
+      {"\"abc, x", "Missing \"", 0}, {"a, 'b", "Missing '", 1}, {"a, b, (c", "Missing )", 2}, {"a, f(b", "Missing )", 1}};
   for (const auto& row : rows) {
     exprtest::RootedText base(row.text, "args.cpp");
     const int size = static_cast<int>(std::strlen(row.text));
@@ -90,10 +77,9 @@ TEST(ExpressionArguments, UnclosedLiteralsAndParenthesesFailAfterTheArgumentsBef
 }
 
 TEST(ExpressionDepth, ALeftDeepChainBuildsUpToDepth900AndFailsBeyond) {
-  const PoolCounts before;
+  const std::vector<int> before = liveCounts();
   {
-    // Directly under the root the expression is at depth 1: with 899
-    // operators its leftmost operand sits at depth 900.
+    // Directly under the root the expression is at depth 1: with 899 operators its leftmost operand is at 900.
     BuiltExpression fits("a" + repeat("+a", 899));
     EXPECT_EQ(fits.status(), 0);
     BuiltExpression tooDeep("a" + repeat("+a", 900));
@@ -101,13 +87,12 @@ TEST(ExpressionDepth, ALeftDeepChainBuildsUpToDepth900AndFailsBeyond) {
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Depth too high when building a vnxExpression : 901");
     EXPECT_EQ(tooDeep.node()->ChildCount(), 1);  // the left operand, whose build failed, stays
   }
-  EXPECT_TRUE(before == PoolCounts());
+  EXPECT_EQ(liveCounts(), before);
 }
 
 TEST(ExpressionDepth, HugeExpressionsFailCleanlyWithoutQuadraticWork) {
-  const PoolCounts before;
-  // A block whose content 1,2,3,... is one instruction with a left-deep comma
-  // chain: it cannot be built within depth 900 and says so.
+  const std::vector<int> before = liveCounts();
+  // An initialiser 1,2,3,... is one left-deep comma chain: it cannot be built within depth 900.
   std::string init = "void f(){ static int table[] = {1";
   for (int i = 2; i <= 100000; ++i) init += "," + std::to_string(i);
   init += "}; }";
@@ -123,23 +108,17 @@ TEST(ExpressionDepth, HugeExpressionsFailCleanlyWithoutQuadraticWork) {
   // Each is built in linear time: a relapse shows as ctest's timeout.
   for (const auto& row : rows) {
     const bool instruction = row.text.back() == ';' || row.text.back() == '}';
-    int status = 0;
-    if (instruction) status = ParsedText(row.text).status();
-    else status = BuiltExpression(row.text).status();
-    EXPECT_EQ(status, 1) << row.label;
+    EXPECT_EQ(instruction ? ParsedText(row.text).status() : BuiltExpression(row.text).status(), 1) << row.label;
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Depth too high when building a vnxExpression : 901")
         << row.label;
   }
-  EXPECT_TRUE(before == PoolCounts());
+  EXPECT_EQ(liveCounts(), before);
 }
 
 TEST(ExpressionDepth, ListsOfArgumentsHaveTheirOwnDepthMessage) {
-  // File root 0, instruction 1, call 2, its callee and arguments 3, ... the
-  // callee of the 450th nested call, built before its arguments, sits at 901.
-  ParsedText fits(repeat("f(", 449) + "x" + repeat(")", 449) + ";");
-  EXPECT_EQ(fits.status(), 0);
-  ParsedText tooDeep(repeat("f(", 450) + "x" + repeat(")", 450) + ";");
-  EXPECT_EQ(tooDeep.status(), 1);
+  // File 0, instruction 1, call 2, callee and arguments 3, ...: the 450th nested call's callee sits at 901.
+  EXPECT_EQ(ParsedText(repeat("f(", 449) + "x" + repeat(")", 449) + ";").status(), 0);
+  EXPECT_EQ(ParsedText(repeat("f(", 450) + "x" + repeat(")", 450) + ";").status(), 1);
   EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Depth too high when building a vnxExpression : 901");
 
   // An argument list built on its own below depth 900.
@@ -157,11 +136,10 @@ TEST(ExpressionDepth, ListsOfArgumentsHaveTheirOwnDepthMessage) {
 }
 
 TEST(ExpressionDepth, ALongArgumentListIsFlatAndItsNodesGoBackToThePool) {
-  const PoolCounts before;
+  const std::vector<int> before = liveCounts();
   const int blocks = vnxExpression::GetPoolBlockCount();
   {
-    // Twenty thousand arguments stay one level below the call, far from the
-    // depth limit a comma chain would hit; they need more than one pool block.
+    // Twenty thousand arguments stay one level below the call and need more than one pool block.
     BuiltExpression e("f(x" + repeat(",x", 19999) + ")");
     EXPECT_EQ(e.status(), 0);
     ASSERT_EQ(e.node()->ChildCount(), 2);
@@ -169,7 +147,7 @@ TEST(ExpressionDepth, ALongArgumentListIsFlatAndItsNodesGoBackToThePool) {
     EXPECT_EQ(e.node()->Child(2)->Child(20000)->GetDepth(), 3);
     EXPECT_GT(vnxExpression::GetPoolBlockCount(), blocks);
   }
-  EXPECT_TRUE(before == PoolCounts());
+  EXPECT_EQ(liveCounts(), before);
   EXPECT_EQ(vnxExpression::GetPoolBlockCount(), blocks);
 }
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "vnxExpression.h"
 #include "vnxInstruction.h"
@@ -15,6 +16,26 @@
 
 namespace exprtest {
 
+// Live nodes of each pool (plain, instruction, expression), to check that everything went back.
+inline std::vector<int> liveCounts() {
+  return {vnxSyntaxe::GetPoolLiveCount(), vnxInstruction::GetPoolLiveCount(), vnxExpression::GetPoolLiveCount()};
+}
+inline int liveTotal() {
+  const std::vector<int> counts = liveCounts();
+  return counts[0] + counts[1] + counts[2];
+}
+
+// Every node of the tree under root, depth first, root first.
+inline std::vector<vnxSyntaxe*> allNodes(vnxSyntaxe* root) {
+  std::vector<vnxSyntaxe*> nodes, pending{root};
+  while (!pending.empty()) {
+    nodes.push_back(pending.back());
+    pending.pop_back();
+    for (int i = nodes.back()->ChildCount(); i >= 1; --i) pending.push_back(nodes.back()->Child(i));
+  }
+  return nodes;
+}
+
 inline std::string textOf(vnxSyntaxe* node) {
   const char* text = node->GetContent();
   return text ? text : "<no source>";
@@ -22,10 +43,9 @@ inline std::string textOf(vnxSyntaxe* node) {
 
 inline const char* preciseName(int preciseType) {
   static const struct { int type; const char* name; } names[] = {
-      {0, "stmt"},    {9, "nil"},     {20, "return"}, {21, "delete"}, {22, "delete[]"}, {23, "virtual"},
-      {24, "static"}, {25, "inline"}, {26, "free"},   {30, "for"},    {31, "if"},       {32, "while"},
-      {33, "switch"}, {34, "else"},   {35, "do"},     {36, "case"},   {37, "default"},  {38, "goto"},
-      {39, "exit"},   {100, "except"}};
+      {0, "stmt"}, {9, "nil"}, {20, "return"}, {21, "delete"}, {22, "delete[]"}, {23, "virtual"}, {24, "static"},
+      {25, "inline"}, {26, "free"}, {30, "for"}, {31, "if"}, {32, "while"}, {33, "switch"}, {34, "else"}, {35, "do"},
+      {36, "case"}, {37, "default"}, {38, "goto"}, {39, "exit"}, {100, "except"}};
   for (const auto& n : names)
     if (n.type == preciseType) return n.name;
   return "?";
@@ -35,10 +55,7 @@ inline std::string render(vnxSyntaxe* node);
 
 inline std::string renderChildren(vnxSyntaxe* node, const char* separator) {
   std::string out;
-  for (int i = 1; i <= node->ChildCount(); ++i) {
-    if (i > 1) out += separator;
-    out += render(node->Child(i));
-  }
+  for (int i = 1; i <= node->ChildCount(); ++i) out += (i > 1 ? separator : "") + render(node->Child(i));
   return out;
 }
 
@@ -60,11 +77,9 @@ inline std::string render(vnxSyntaxe* node) {
     case vnxSyntaxe::kArguments: return "args(" + renderChildren(node, ",") + ")";
     case vnxSyntaxe::kTAPBloc: return "{" + renderChildren(node, ";") + "}";
     case vnxSyntaxe::kInstruction:
-    case vnxSyntaxe::kDeclaration: {
-      std::string out = node->GetType() == vnxSyntaxe::kDeclaration ? "decl:" : "";
-      out += preciseName(node->GetPreciseType());
-      return out + "[" + renderChildren(node, ",") + "]";
-    }
+    case vnxSyntaxe::kDeclaration:
+      return std::string(node->GetType() == vnxSyntaxe::kDeclaration ? "decl:" : "") +
+             preciseName(node->GetPreciseType()) + "[" + renderChildren(node, ",") + "]";
     default: return "<type " + std::to_string(node->GetType()) + ">";
   }
 }
@@ -116,19 +131,15 @@ class BuiltExpression : public RootedText {
 };
 
 // One table row: a text and the compact tree it must give.
-struct TreeRow {
-  const char* text;
-  const char* tree;
-};
+struct TreeRow { const char* text; const char* tree; };
 
-// Builds every row with Parsed (BuiltExpression or ParsedText) and compares
-// its status and compact tree.
-template <class Parsed>
-void expectTrees(const TreeRow* rows, size_t count) {
-  for (size_t i = 0; i < count; ++i) {
-    Parsed parsed(rows[i].text);
-    EXPECT_EQ(parsed.status(), 0) << rows[i].text << ": " << vnxSyntaxe::GetErrMsg().CastToCharPtr();
-    EXPECT_EQ(parsed.tree(), rows[i].tree) << rows[i].text;
+// Builds every row with Parsed (BuiltExpression or ParsedText); checks its status and compact tree.
+template <class Parsed, size_t N>
+void expectTrees(const TreeRow (&rows)[N]) {
+  for (const TreeRow& row : rows) {
+    Parsed parsed(row.text);
+    EXPECT_EQ(parsed.status(), 0) << row.text << ": " << vnxSyntaxe::GetErrMsg().CastToCharPtr();
+    EXPECT_EQ(parsed.tree(), row.tree) << row.text;
   }
 }
 

@@ -1,6 +1,7 @@
 // Instructions: precise type from the leading keyword, children of each form (as compact trees), failures, depth.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "TestSupport.h"
@@ -12,7 +13,8 @@ namespace {
 
 using Row = exprtest::TreeRow;
 
-void expectTrees(const Row* rows, size_t count) { exprtest::expectTrees<exprtest::ParsedText>(rows, count); }
+template <size_t N>
+void expectTrees(const Row (&rows)[N]) { exprtest::expectTrees<exprtest::ParsedText>(rows); }
 
 TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
   static const Row rows[] = {
@@ -32,7 +34,7 @@ TEST(InstructionBuild, EachKeywordSetsItsPreciseTypeAndItsChildren) {
       // Commas between brackets separate no arguments (IDL attributes, subscripts).
       {"f([in,out] long* p,m[1,2]);", "stmt[mt(f,args(*(dc(in(~,,(in,out)),long),p),in(m,,(1,2))))]"},
   };
-  expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
+  expectTrees(rows);
 }
 
 TEST(InstructionBuild, KeywordsWithoutTrailingCharacterMatchOnlyAsWholeWords) {
@@ -43,7 +45,7 @@ TEST(InstructionBuild, KeywordsWithoutTrailingCharacterMatchOnlyAsWholeWords) {
       {"iffy(1);", "stmt[mt(iffy,args(1))]"}, {"exitCode=2;", "stmt[=(exitCode,2)]"}, {"return-1;", "return[-(1)]"},
       {"case'a': x;", "case[st:'a'] | stmt[x]"},
   };
-  expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
+  expectTrees(rows);
 }
 
 TEST(InstructionBuild, ControlledStatementsBecomeBlocksInstructionsOrNullNodes) {
@@ -64,7 +66,7 @@ TEST(InstructionBuild, ControlledStatementsBecomeBlocksInstructionsOrNullNodes) 
       {"if(c)do{x;}while(y);", "if[c,do[{stmt[x]}],while[y,;]]"},
       {"if(a) f(\"{\");", "if[a,stmt[mt(f,args(st:\"{\"))]]"},
   };
-  expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
+  expectTrees(rows);
 }
 
 TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBases) {
@@ -82,13 +84,12 @@ TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBases) {
       {"enum { A };", "decl:stmt[''] | {stmt[A]} | ;"},
       {"void f() { return; }", "decl:stmt[mt(dc(void,f),args())] | {return[;]}"},
   };
-  expectTrees(rows, sizeof(rows) / sizeof(rows[0]));
+  expectTrees(rows);
 }
 
 TEST(InstructionBuild, TheLastBaseOrTypedefNameIsTheLastLeaf) {
-  ParsedText parsed("class ExportedByXYZ Foo : public Bar, protected Baz {};");
+  ParsedText parsed("class ExportedByXYZ Foo : public Bar, protected Baz {};"), typedefs("typedef struct P0 {} P;");
   EXPECT_STREQ(parsed.root()->Child(1)->GetLastLeaf()->GetContent(), "Baz");
-  ParsedText typedefs("typedef struct tagP { int x; } P;");
   EXPECT_STREQ(typedefs.root()->Child(3)->GetLastLeaf()->GetContent(), "P");
 }
 
@@ -113,19 +114,18 @@ TEST(InstructionBuild, FailuresSetTheirMessageAndKeepTheChildrenBuiltBefore) {
       {"if(a) x = f(y", "Missing Instruction end for Instruction starting line 1 col 7", "if[a]"},
       {"return g(\"x)", "Missing )", "return['']"},
   };
+  std::string tree;
   for (const auto& row : rows) {
     const std::string text = row.text;
-    const size_t brace = text.find('}');
-    std::string tree;
-    EXPECT_EQ(buildDirect(text, static_cast<int>(brace == std::string::npos ? text.size() : brace), tree), 1) << row.text;
+    EXPECT_EQ(buildDirect(text, static_cast<int>(std::min(text.find('}'), text.size())), tree), 1) << row.text;
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), row.message) << row.text;
     EXPECT_EQ(tree, row.tree) << row.text;
   }
 }
 
 TEST(InstructionBuild, BlanksOrALoneSemicolonMakeANullInstruction) {
+  std::string tree;
   for (const std::string text : {"   ", " ; ", ""}) {
-    std::string tree;
     EXPECT_EQ(buildDirect(text, static_cast<int>(text.size()), tree), 0);
     EXPECT_EQ(tree, "nil[]") << '"' << text << '"';
   }
@@ -135,15 +135,13 @@ TEST(InstructionBuild, DumpTagsTheInstructionsWithTheirPreciseType) {
   ParsedText parsed("return x; while(a) b; x = 1;");
   StreamCapture capture;
   parsed.root()->Dump("", 1);
-  const std::string dump = capture.text();
-  EXPECT_NE(dump.find("vnxInstruction [tReturn]  return x"), std::string::npos) << dump;
-  EXPECT_NE(dump.find("vnxInstruction [tWhile]  while(a) b"), std::string::npos) << dump;
-  EXPECT_NE(dump.find("vnxExpression [=]   x = 1"), std::string::npos) << dump;
+  for (const char* line :
+       {"vnxInstruction [tReturn]  return x", "vnxInstruction [tWhile]  while(a) b", "vnxExpression [=]   x = 1"})
+    EXPECT_NE(capture.text().find(line), std::string::npos) << capture.text();
 }
 
 TEST(InstructionDepth, AnInstructionBeyondDepth900FailsWithItsOwnMessage) {
-  // 899 nested blocks put the inline instruction at depth 900 and the
-  // instruction it qualifies at 901.
+  // 899 nested blocks put the inline instruction at depth 900 and the instruction it qualifies at 901.
   const int instructions = vnxInstruction::GetPoolLiveCount();
   {
     ParsedText tooDeep(std::string(899, '{') + "inline f;" + std::string(899, '}'));

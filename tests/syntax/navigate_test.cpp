@@ -1,6 +1,4 @@
-// Navigation lists, content tests, occurrence searches, the strings of an
-// expression and the value predicates, over hand-made trees so that each
-// node's type, operator and precise type are known exactly.
+// Navigation, content tests, occurrences, strings of an expression, value predicates, over hand-made trees.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,15 +11,12 @@
 
 namespace {
 
-// A node with a given operator text and precise type, owned by its tree like
-// any node; it goes back to the heap instead of a pool.
+// A node with a given operator text and precise type, owned by its tree, returned to the heap.
 class FakeNode : public vnxSyntaxe {
  public:
   static FakeNode* add(vnxSyntaxe* father, int type, int begin, int size, const char* op = nullptr, int precise = 0) {
-    FakeNode* node = new FakeNode;
+    FakeNode* node = new FakeNode(op, precise);
     node->create(type, father, begin, size, father->ChildCount() + 1);
-    node->_op = op;
-    node->_precise = precise;
     (father->*&FakeNode::Append)(node);
     node->Release();
     return node;
@@ -33,8 +28,9 @@ class FakeNode : public vnxSyntaxe {
   void ReturnToPool() override { delete this; }
 
  private:
-  const char* _op = nullptr;
-  int _precise = 0;
+  FakeNode(const char* op, int precise) : _op(op), _precise(precise) {}
+  const char* _op;
+  int _precise;
 };
 
 // An identifier expression "id" over [begin, begin + size) with its leaf.
@@ -44,8 +40,7 @@ FakeNode* addId(vnxSyntaxe* father, int begin, int size) {
   return id;
 }
 
-// "a = f(x, y); return NULL; p = (T)0; q = (T)this; r = (T)g(); s <<= 1"
-// built by hand as the instruction and expression builders would.
+// The text below built by hand as the instruction and expression builders would.
 class TreeNavigate : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -76,11 +71,9 @@ class TreeNavigate : public ::testing::Test {
       addId(cast, begin + 7, instruction->GetSize() - 7);
       (begin == 26 ? nullCast : thisCast) = cast;
     }
-    vnxSyntaxe* rCast = FakeNode::add(root, vnxSyntaxe::kExpression, 53, 6, "ct");  // (T)g()
-    FakeNode::add(rCast, vnxSyntaxe::kTAPIdentifiant, 54, 1);
-    vnxSyntaxe* g = FakeNode::add(rCast, vnxSyntaxe::kExpression, 56, 3, "mt");
-    addId(g, 56, 1);
-    callCast = rCast;
+    callCast = FakeNode::add(root, vnxSyntaxe::kExpression, 53, 6, "ct");  // (T)g()
+    FakeNode::add(callCast, vnxSyntaxe::kTAPIdentifiant, 54, 1);
+    addId(FakeNode::add(callCast, vnxSyntaxe::kExpression, 56, 3, "mt"), 56, 1);
     shift = FakeNode::add(root, vnxSyntaxe::kExpression, 61, 7, "<<=");
     empty = FakeNode::add(root, vnxSyntaxe::kSyntaxeNULL, 70, 1);
   }
@@ -90,16 +83,8 @@ class TreeNavigate : public ::testing::Test {
   }
 
   vnxSourceFile* source = nullptr;
-  vnxSyntaxe* root = nullptr;
-  vnxSyntaxe* assignment = nullptr;
-  vnxSyntaxe* call = nullptr;
-  vnxSyntaxe* arguments = nullptr;
-  vnxSyntaxe* returnNull = nullptr;
-  vnxSyntaxe* nullId = nullptr;
-  vnxSyntaxe* nullCast = nullptr;
-  vnxSyntaxe* thisCast = nullptr;
-  vnxSyntaxe* callCast = nullptr;
-  vnxSyntaxe* shift = nullptr;
+  vnxSyntaxe *root = nullptr, *assignment = nullptr, *call = nullptr, *arguments = nullptr, *returnNull = nullptr;
+  vnxSyntaxe *nullId = nullptr, *nullCast = nullptr, *thisCast = nullptr, *callCast = nullptr, *shift = nullptr;
   vnxSyntaxe* empty = nullptr;
 };
 
@@ -123,13 +108,10 @@ TEST_F(TreeNavigate, NavigateEndsWithNullOnAFailedStep) {
       {returnNull->Navigate(SNAV_InstTest, 31, 0), "wrong precise type"},
       {call->Navigate(SNAV_InstTest, 20, 0), "precise type of a non-instruction"},
       {call->Navigate(SNAV_StringContent, "f(x, y", 0), "text differs"},
-      {call->Navigate(SNAV_BeginWith, "g", 0), "prefix differs"},
+      {call->Navigate(SNAV_BeginWith, "g", 0), "prefix differs"}, {call->Navigate(SNAV_IsNull, 1, 0), "not null"},
       {call->Navigate(SNAV_SyntaxeContent, assignment, 0), "other node's text differs"},
-      {call->Navigate(SNAV_IsNull, 1, 0), "not a null node"},
       {root->Navigate(SNAV_Father, SNAV_Child, 1, 0), "move to a missing father"},
-      {empty->Navigate(SNAV_Next, SNAV_Child, 1, 0), "no next sibling"},
-      {assignment->Navigate(SNAV_Previous, 0), "no previous sibling"},
-  };
+      {empty->Navigate(SNAV_Next, SNAV_Child, 1, 0), "no next"}, {assignment->Navigate(SNAV_Previous, 0), "no previous"}};
   for (const auto& row : rows) EXPECT_EQ(row.result, nullptr) << row.what;
 }
 
@@ -153,10 +135,8 @@ TEST_F(TreeNavigate, Navigate2ReportsBadCodesAndGoesOn) {
   EXPECT_EQ(capture.text(), "# FATAL ERROR: vnxSyntaxe::Navigate bad argument\n");
   capture.clear();
   // An operator or precise-type test in last place is passed over silently.
-  const char* exprLast[] = {reinterpret_cast<const char*>(SNAV_ExprTest)};
-  EXPECT_EQ(call->Navigate2(1, exprLast), call);
-  const char* instLast[] = {reinterpret_cast<const char*>(SNAV_InstTest)};
-  EXPECT_EQ(call->Navigate2(1, instLast), call);
+  for (const char* last : {reinterpret_cast<const char*>(SNAV_ExprTest), reinterpret_cast<const char*>(SNAV_InstTest)})
+    EXPECT_EQ(call->Navigate2(1, &last), call);
   EXPECT_EQ(capture.text(), "");
   EXPECT_EQ(TAFatalErrorCount(), reports + 1);
   EXPECT_EQ(call->Navigate2(0, nullptr), call);
@@ -165,11 +145,9 @@ TEST_F(TreeNavigate, Navigate2ReportsBadCodesAndGoesOn) {
 TEST_F(TreeNavigate, TestContentComparesWholeTextsOrPrefixes) {
   vnxSyntaxe* f = call->Child(1);  // "f"
   const struct { vnxSyntaxe* node; const char* s; int n; bool equal; } rows[] = {
-      {call, "f(x, y)", -1, true}, {call, "f(x, y", -1, false}, {call, "f(", 2, true},
-      {call, "f(x, y)z", 7, true}, {call, "f(x, y)z", 8, false}, {call, "f", 2, false},
-      {call, "g(x, y)", -1, false}, {call, "", -1, false},      {call, "", 0, false},  // first characters differ
-      {f, "f", -1, true},          {f, "fg", 1, true},          {empty, ";", -1, true},
-  };
+      {call, "f(x, y)", -1, true}, {call, "f(x, y", -1, false}, {call, "f(", 2, true}, {call, "f(x, y)z", 7, true},
+      {call, "f(x, y)z", 8, false}, {call, "f", 2, false}, {call, "g(x, y)", -1, false}, {call, "", -1, false},
+      {call, "", 0, false} /* first characters differ */, {f, "fg", 1, true}, {empty, ";", -1, true}};
   for (const auto& row : rows)
     EXPECT_EQ(row.node->TestContent(row.s, row.n) == 0, row.equal) << row.s << " / " << row.n;
 
@@ -196,22 +174,23 @@ TEST_F(TreeNavigate, OccurrencesAreLeavesInDepthFirstOrder) {
   ZELListPtr<vnxSyntaxe> same;
   vnxSyntaxe* x = arguments->Child(1)->Child(1);
   EXPECT_EQ(assignment->FindOccurrences(x, same), 1);
-  ASSERT_EQ(same.Size(), 1);
-  EXPECT_EQ(same[1], x);
+  EXPECT_TRUE(same.Size() == 1 && same[1] == x);
 
   EXPECT_EQ(root->HasOccurrences("y"), 1);
   EXPECT_EQ(root->HasOccurrences("="), 0);
   EXPECT_EQ(returnNull->HasOccurrences("a"), 0);
 }
 
+// The strings of node, each followed by '|'.
+std::string strings(vnxSyntaxe* node) {
+  ZELListValZELString out;
+  EXPECT_EQ(node->GetListOfString(out), 1);
+  std::string joined;
+  for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
+  return joined;
+}
+
 TEST_F(TreeNavigate, ListOfStringPutsThePunctuationBack) {
-  auto strings = [](vnxSyntaxe* node) {
-    ZELListValZELString out;
-    EXPECT_EQ(node->GetListOfString(out), 1);
-    std::string joined;
-    for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
-    return joined;
-  };
   EXPECT_EQ(strings(assignment), "a|=|f|(|x|,|y|)|");
   EXPECT_EQ(strings(nullCast), "T|(|0|)|");  // a cast reads as a call of its type
   EXPECT_EQ(strings(callCast), "T|(|g|(|)|)|");
@@ -227,32 +206,24 @@ TEST_F(TreeNavigate, ListOfStringHandlesUnaryOperatorsIndexesAndBlocks) {
   FakeNode* index = FakeNode::add(star, vnxSyntaxe::kExpression, 1, 4, "in");
   addId(index, 1, 1);
   addId(index, 3, 1);
-  FakeNode* block = FakeNode::add(andNode, vnxSyntaxe::kTAPBloc, 10, 1);
-  addId(block, 10, 1);
-  FakeNode* lonelyIndex = FakeNode::add(top, vnxSyntaxe::kExpression, 1, 4, "in");
-  addId(lonelyIndex, 1, 1);
+  addId(FakeNode::add(andNode, vnxSyntaxe::kTAPBloc, 10, 1), 10, 1);
+  addId(FakeNode::add(top, vnxSyntaxe::kExpression, 1, 4, "in"), 1, 1);  // an index without its index
 
-  ZELListValZELString out;
   StreamCapture capture;
-  top->GetListOfString(out);
-  std::string joined;
-  for (int i = 1; i <= out.Size(); ++i) joined += std::string(out[i]) + "|";
-  EXPECT_EQ(joined, "*|p|[|i|]|&&|{|k|}|p|[|]|");
+  EXPECT_EQ(strings(top), "*|p|[|i|]|&&|{|k|}|p|[|]|");
   EXPECT_EQ(capture.lines(), std::vector<std::string>{" vnxSyntaxe:Child Bad Index"}) << "the missing index";
   top->Release();
   text->Release();
 }
 
 TEST_F(TreeNavigate, NullAndThisValuesLookThroughACast) {
-  EXPECT_EQ(nullId->isSyntaxeNullValue(), 1);
-  EXPECT_EQ(nullCast->isSyntaxeNullValue(), 1);
-  EXPECT_EQ(nullCast->isSyntaxeThisValue(), 0);
-  EXPECT_EQ(thisCast->isSyntaxeThisValue(), 1);
-  EXPECT_EQ(thisCast->isSyntaxeNullValue(), 0);
-  EXPECT_EQ(callCast->isSyntaxeNullValue(), 0) << "the operand of this cast is a call";
-  EXPECT_EQ(call->isSyntaxeNullValue(), 0);
-  EXPECT_EQ(empty->isSyntaxeNullValue(), 0);
-  EXPECT_EQ(nullCast->Child(2)->Child(1)->isSyntaxeNullValue(), 1);
+  const struct { vnxSyntaxe* node; int isNull, isThis; } rows[] = {
+      {nullId, 1, 0}, {nullCast, 1, 0}, {thisCast, 0, 1}, {callCast, 0, 0} /* its operand is a call */,
+      {call, 0, 0}, {empty, 0, 0}, {nullCast->Child(2)->Child(1), 1, 0}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.node->isSyntaxeNullValue(), row.isNull) << row.node->GetContent();
+    EXPECT_EQ(row.node->isSyntaxeThisValue(), row.isThis) << row.node->GetContent();
+  }
 }
 
 }  // namespace

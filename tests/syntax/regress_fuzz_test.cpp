@@ -10,17 +10,7 @@
 
 namespace {
 
-// Every node of the tree under root, depth first.
-std::vector<vnxSyntaxe*> allNodes(vnxSyntaxe* root) {
-  std::vector<vnxSyntaxe*> nodes, pending{root};
-  while (!pending.empty()) {
-    vnxSyntaxe* node = pending.back();
-    pending.pop_back();
-    nodes.push_back(node);
-    for (int i = node->ChildCount(); i >= 1; --i) pending.push_back(node->Child(i));
-  }
-  return nodes;
-}
+using exprtest::allNodes;
 
 // A file cut short after an operator or keyword leaves a size-0 node one past the stream's end:
 // its path must still be built (GetPoint stops the process outside the stream) and be a single point.

@@ -1,5 +1,4 @@
-// The static scanners: bracket, string, literal and comment matching, forward
-// and backward, and the end of an instruction.
+// The static scanners: brackets, strings, literals and comments, forward and backward; instruction ends.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -18,13 +17,7 @@ int blockC(const char* s, int from, int limit) { return vnxSyntaxe::SearchEndOfT
 // Forward scanners take (text, from, limit) and answer the closing offset or 0;
 // backward ones take (text, from, lowest) and answer the opening offset or 0.
 // Either way -1 stands for the text's last character.
-struct ScanRow {
-  const char* name;
-  Scan scan;
-  const char* text;
-  int first, second;
-  int expected;
-};
+struct ScanRow { const char* name; Scan scan; const char* text; int first, second, expected; };
 
 void checkScans(std::initializer_list<ScanRow> rows) {
   for (const ScanRow& row : rows) {
@@ -39,35 +32,28 @@ void checkScans(std::initializer_list<ScanRow> rows) {
 
 TEST(TreeScanner, ForwardSearchesNestTheirBracketsAndSkipLiteralsAndOtherBrackets) {
   checkScans({
-      {SCAN(SearchEndOfPar), "(a)", 0, -1, 2}, {SCAN(SearchEndOfPar), "(a(b)c)", 0, -1, 6},
-      {SCAN(SearchEndOfPar), "(a[)]b)", 0, -1, 6},       // a ')' inside [] does not close
-      {SCAN(SearchEndOfPar), "(\")\")", 0, -1, 4},       // nor one inside a string
-      {SCAN(SearchEndOfPar), "(')')", 0, -1, 4},         // nor one in a character literal
-      {SCAN(SearchEndOfPar), "(\"a\"\"b\")", 0, -1, 7},  // adjacent literals are one string
-      {SCAN(SearchEndOfPar), "(L\")\")", 0, -1, 5},      // wide string
-      {SCAN(SearchEndOfPar), "x(a)", 1, -1, 3},
-      {SCAN(SearchEndOfPar), "xy)", 1, -1, 1},  // not started on '(': answers its start
-      {SCAN(SearchEndOfPar), "(a", 0, -1, 0}, {SCAN(SearchEndOfPar), "(a)", 0, 1, 0},  // the ')' lies past limit
-      {SCAN(SearchEndOfPar), "(a)", 2, 2, 0},  // limit must be above from
-      {SCAN(SearchEndOfPar), "(\"a)", 0, -1, 0}, {"block", block, "{a{b}c}", 0, -1, 6},
-      {"block", block, "{ \"}\" }", 0, -1, 6}, {"block", block, "{ '}' }", 0, -1, 6},
-      {"block", block, "{ (}) }", 0, -1, 6}, {"block", block, "{ [}] }", 0, -1, 6},
-      {"block", block, "{ /* } */ }", 0, -1, 5},  // without comments a '}' in one counts
+      // Nesting; a ')' inside [], a string, a character literal, adjacent or wide literals does not close.
+      {SCAN(SearchEndOfPar), "(a(b)c)", 0, -1, 6}, {SCAN(SearchEndOfPar), "(a[)]b)", 0, -1, 6},
+      {SCAN(SearchEndOfPar), "(\")\")", 0, -1, 4}, {SCAN(SearchEndOfPar), "(')')", 0, -1, 4},
+      {SCAN(SearchEndOfPar), "(\"a\"\"b\")", 0, -1, 7}, {SCAN(SearchEndOfPar), "(L\")\")", 0, -1, 5},
+      {SCAN(SearchEndOfPar), "x(a)", 1, -1, 3}, {SCAN(SearchEndOfPar), "xy)", 1, -1, 1} /* not on '(': its start */,
+      {SCAN(SearchEndOfPar), "(a", 0, -1, 0}, {SCAN(SearchEndOfPar), "(a)", 0, 1, 0} /* ')' past limit */,
+      {SCAN(SearchEndOfPar), "(a)", 2, 2, 0} /* limit not above from */, {SCAN(SearchEndOfPar), "(\"a)", 0, -1, 0},
+      {"block", block, "{a{b}c}", 0, -1, 6}, {"block", block, "{ \"}\" }", 0, -1, 6},
+      {"block", block, "{ '}' }", 0, -1, 6}, {"block", block, "{ (}) }", 0, -1, 6}, {"block", block, "{ [}] }", 0, -1, 6},
+      {"block", block, "{ /* } */ }", 0, -1, 5} /* without comments a '}' in one counts */,
       {"block", block, "{ a", 0, -1, 0}, {"block", block, "{}", 0, -1, 1},
-      {"block with comments", blockC, "{ /* } */ }", 0, -1, 10}, {"block with comments", blockC, "{ // }\n}", 0, -1, 7},
-      {"block with comments", blockC, "{ a/b }", 0, -1, 6},
-      {"block with comments", blockC, "{ // }", 0, -1, 0},  // the line never ends
+      {"block+comments", blockC, "{ /* } */ }", 0, -1, 10}, {"block+comments", blockC, "{ // }\n}", 0, -1, 7},
+      {"block+comments", blockC, "{ a/b }", 0, -1, 6}, {"block+comments", blockC, "{ // }", 0, -1, 0},
       {SCAN(SearchEndOfIndex), "[a[b]c]", 0, -1, 6}, {SCAN(SearchEndOfIndex), "[(])]", 0, -1, 4},
       {SCAN(SearchEndOfIndex), "[\"]\"]", 0, -1, 4}, {SCAN(SearchEndOfIndex), "[a", 0, -1, 0},
       {SCAN(SearchEndOfString), "\"abc\"", 0, -1, 4}, {SCAN(SearchEndOfString), "\"a\\\"b\"", 0, -1, 5},
-      {SCAN(SearchEndOfString), "\"a\"\"b\"", 0, -1, 5},
-      {SCAN(SearchEndOfString), "\"a\"\"", 0, 2, 2},  // a quote at limit ends it
+      {SCAN(SearchEndOfString), "\"a\"\"b\"", 0, -1, 5}, {SCAN(SearchEndOfString), "\"a\"\"", 0, 2, 2} /* quote at limit */,
       {SCAN(SearchEndOfString), "\"ab", 0, -1, 0}, {SCAN(SearchEndOfString), "\"", 0, 0, 0},
       {SCAN(SearchEndOfString2), "'a'", 0, -1, 2}, {SCAN(SearchEndOfString2), "'\\''", 0, -1, 3},
       {SCAN(SearchEndOfString2), "'\"'", 0, -1, 2}, {SCAN(SearchEndOfString2), "'ab", 0, -1, 0},
-      // The comment scanners keep their crossed names.
-      {SCAN(SearchEndOfCComment), "// x\ny", 2, -1, 4},
-      {SCAN(SearchEndOfCComment), "// a\\\nb", 2, -1, 5},  // a backslash hands back right after itself
+      // The comment scanners keep their crossed names; a backslash hands back right after itself.
+      {SCAN(SearchEndOfCComment), "// x\ny", 2, -1, 4}, {SCAN(SearchEndOfCComment), "// a\\\nb", 2, -1, 5},
       {SCAN(SearchEndOfCComment), "// x", 2, -1, 0}, {SCAN(SearchEndOfCComment), "//\n", 2, 2, 0},
       {SCAN(SearchEndOfCPPComment), "/* x */", 2, -1, 6}, {SCAN(SearchEndOfCPPComment), "/**/", 2, -1, 3},
       {SCAN(SearchEndOfCPPComment), "/* x *", 2, -1, 0}, {SCAN(SearchEndOfCPPComment), "/*/", 2, -1, 0},
@@ -77,28 +63,24 @@ TEST(TreeScanner, ForwardSearchesNestTheirBracketsAndSkipLiteralsAndOtherBracket
 TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
   checkScans({
       {SCAN(SearchBeginOfPar), "x(a(b)c)", -1, 0, 1}, {SCAN(SearchBeginOfPar), "x(a\")\"b)", -1, 0, 1},
-      {SCAN(SearchBeginOfPar), "x(a[(]b)", -1, 0, 1},
-      {SCAN(SearchBeginOfPar), "x(a)", -1, 2, 0},  // the '(' lies below lowest
+      {SCAN(SearchBeginOfPar), "x(a[(]b)", -1, 0, 1}, {SCAN(SearchBeginOfPar), "x(a)", -1, 2, 0} /* '(' below lowest */,
       {SCAN(SearchBeginOfPar), "(a)", -1, 0, 0}, {SCAN(SearchBeginOfTAPBloc), "x{a{b}c}", -1, 0, 1},
       {SCAN(SearchBeginOfTAPBloc), "x{ (}) }", -1, 0, 1}, {SCAN(SearchBeginOfTAPBloc), "x{ '{' }", -1, 0, 1},
-      {SCAN(SearchBeginOfTAPBloc), "x{a", 2, 0, 2},  // not started on '}': answers its start
+      {SCAN(SearchBeginOfTAPBloc), "x{a", 2, 0, 2} /* not on '}': its start */,
       {SCAN(SearchBeginOfIndex), "x[a[b]c]", -1, 0, 1}, {SCAN(SearchBeginOfIndex), "x[a\"]\"b]", -1, 0, 1},
-      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 0, 1},
-      {SCAN(SearchBeginOfString), "x\"a\\\"b\"", -1, 0, 1},   // an escaped quote is inside
-      {SCAN(SearchBeginOfString), "x\"\\\\\"y\"", -1, 0, 4},  // a quote after two backslashes opens
-      {SCAN(SearchBeginOfString), "x\"a\"\"b\"", -1, 0, 1},   // adjacent literals are one string
-      {SCAN(SearchBeginOfString), "x\"ab\"", -1, 2, 0}, {SCAN(SearchBeginOfString2), "x'a'", -1, 0, 1},
-      {SCAN(SearchBeginOfString2), "x'\\''", -1, 0, 1},
+      // An escaped quote is inside; one after two backslashes opens; adjacent literals are one string.
+      {SCAN(SearchBeginOfString), "x\"a\\\"b\"", -1, 0, 1}, {SCAN(SearchBeginOfString), "x\"\\\\\"y\"", -1, 0, 4},
+      {SCAN(SearchBeginOfString), "x\"a\"\"b\"", -1, 0, 1}, {SCAN(SearchBeginOfString), "x\"ab\"", -1, 2, 0},
+      {SCAN(SearchBeginOfString2), "x'a'", -1, 0, 1}, {SCAN(SearchBeginOfString2), "x'\\''", -1, 0, 1},
   });
 }
 
 TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
-  struct Row { const char* text; int withComments; const char* message; } rows[] = {
-      {"(L\"a)", 0, "Missing \""}, {"(L'a)", 0, "Missing '"},
-      {"{ L\"a\"'b }", 0, "Missing '"},  // a literal right behind a wide string
-      {"{ /* a }", 1, "Missing */"}, {"{ /\"a }", 0, "Missing \""},  // a slash gets the wide-literal test too
-  };
-  for (const Row& row : rows) {
+  // A literal right behind a wide string is checked too, and so is one right behind a slash.
+  const struct { const char* text; int withComments; const char* message; } rows[] = {
+      {"(L\"a)", 0, "Missing \""}, {"(L'a)", 0, "Missing '"}, {"{ L\"a\"'b }", 0, "Missing '"},
+      {"{ /* a }", 1, "Missing */"}, {"{ /\"a }", 0, "Missing \""}};
+  for (const auto& row : rows) {
     vnxSyntaxe::ErrMsg = "";
     const int limit = lastOf(row.text);
     const int end = row.text[0] == '(' ? vnxSyntaxe::SearchEndOfPar(row.text, 0, limit)
@@ -117,26 +99,20 @@ TEST(TreeScanner, AlphaNumIsPlainAscii) {
 }
 
 TEST(TreeScanner, DeepAlternatingBracketsFailInsteadOfExhaustingTheStack) {
-  std::string deep;
-  for (int i = 0; i < 5000; ++i) deep += "([";
-  for (int i = 0; i < 5000; ++i) deep += "])";
+  auto nested = [](int n) {
+    std::string open, close;
+    for (int i = 0; i < n; ++i) open += "([", close += "])";
+    return open + close;
+  };
+  const std::string deep = nested(5000), fine = nested(200), prefixed = "x" + deep;
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(deep.c_str(), 0, lastOf(deep.c_str())), 0);
-  const std::string prefixed = "x" + deep;  // backward, the same text needs no nesting at all
+  // Backward, the same text needs no nesting at all.
   EXPECT_EQ(vnxSyntaxe::SearchBeginOfPar(prefixed.c_str(), lastOf(prefixed.c_str()), 0), 1);
-
-  std::string fine;
-  for (int i = 0; i < 200; ++i) fine += "([";
-  for (int i = 0; i < 200; ++i) fine += "])";
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(fine.c_str(), 0, lastOf(fine.c_str())), lastOf(fine.c_str()));
 }
 
-struct InstructionRow {
-  const char* text;
-  const char* first;  // the text up to and including the end offset
-};
-
 TEST(TreeScanner, InstructionEndFollowsStatementsLabelsAndBlocks) {
-  const InstructionRow rows[] = {
+  const struct { const char* text; const char* first; } rows[] = {  // first: the text up to the end offset
       {"a=1; b=2;", "a=1;"}, {"if(x) y=1; else y=2;", "if(x) y=1;"}, {"if(a)if(b) x; else y;", "if(a)if(b) x; else y;"},
       {"if(a) if(b) x; else y;", "if(a) if(b) x;"},  // the blank hides the inner if
       {"else if(a) b; else c; d;", "else if(a) b; else c;"}, {"do{ i++; }while(i<3);", "do{ i++; }"},
@@ -149,7 +125,7 @@ TEST(TreeScanner, InstructionEndFollowsStatementsLabelsAndBlocks) {
       {"A::A():x(1){}", "A::A():"}, {"f(\";\"); g;", "f(\";\");"}, {"c = ';'; d;", "c = ';';"},
       {"s = L\";\"; d;", "s = L\";\";"}, {"int f() { return 1; }", "int f() "}, {"x", "x"}, {"   ", "   "},
   };
-  for (const InstructionRow& row : rows) {
+  for (const auto& row : rows) {
     const int end = vnxSyntaxe::SearchEndOfTAPInstruction(row.text, 0, lastOf(row.text), 0, 0);
     EXPECT_EQ(std::string(row.text, static_cast<size_t>(end) + 1), row.first) << row.text;
   }
@@ -172,21 +148,16 @@ TEST(TreeScanner, InstructionEndFailsOnUnclosedConstructs) {
 }
 
 TEST(TreeScanner, ChainedControlledStatementsAreCappedAtTheNestingLimit) {
-  auto chain = [](int count) {
-    std::string text;
-    for (int i = 0; i < count; ++i) text += "if(a)";
-    return text + "x; y;";
-  };
-  const std::string ok = chain(vnxSyntaxe::kMaxInstructionNesting);
-  const int end = vnxSyntaxe::SearchEndOfTAPInstruction(ok.c_str(), 0, lastOf(ok.c_str()), 0, 0);
-  EXPECT_EQ(end, lastOf(ok.c_str()) - 3);
-  const std::string tooDeep = chain(vnxSyntaxe::kMaxInstructionNesting + 1);
+  std::string ok;
+  for (int i = 0; i < vnxSyntaxe::kMaxInstructionNesting; ++i) ok += "if(a)";
+  const std::string tooDeep = "if(a)" + ok + "x; y;";
+  ok += "x; y;";
+  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(ok.c_str(), 0, lastOf(ok.c_str()), 0, 0), lastOf(ok.c_str()) - 3);
   EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(tooDeep.c_str(), 0, lastOf(tooDeep.c_str()), 0, 0), 0);
 }
 
 TEST(TreeScanner, ScannersNeverReadPastLimit) {
-  // Every prefix of every sample, scanned with limit at its last character,
-  // from a heap copy cut exactly there (ASan reports any read beyond it).
+  // Every prefix of every sample, from a heap copy cut at limit (ASan reports any read beyond it).
   const char* samples[] = {"if(a)if(b) x; else y;", "{ /* a */ \"b\" 'c' L\"d\"'e' }", "do{ a; }while(b);",
                            "x = c ? a::b : L'c';", "(a[b(c)d]e)", "public: x", "else do x; while(y);"};
   for (const char* sample : samples) {
@@ -198,17 +169,14 @@ TEST(TreeScanner, ScannersNeverReadPastLimit) {
       for (int from = 0; from <= limit; ++from) {
         for (int nested = 0; nested < 2; ++nested)
           EXPECT_LE(vnxSyntaxe::SearchEndOfTAPInstruction(copy, from, limit, nested, 0), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfTAPBloc(copy, from, limit, 1), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfPar(copy, from, limit), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfIndex(copy, from, limit), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfString(copy, from, limit), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfString2(copy, from, limit), limit);
-        EXPECT_LE(vnxSyntaxe::SearchEndOfCPPComment(copy, from, limit), limit);
-        EXPECT_GE(vnxSyntaxe::SearchBeginOfTAPBloc(copy, from, 0), 0);
-        EXPECT_GE(vnxSyntaxe::SearchBeginOfPar(copy, from, 0), 0);
-        EXPECT_GE(vnxSyntaxe::SearchBeginOfIndex(copy, from, 0), 0);
-        EXPECT_GE(vnxSyntaxe::SearchBeginOfString(copy, from, 0), 0);
-        EXPECT_GE(vnxSyntaxe::SearchBeginOfString2(copy, from, 0), 0);
+        for (Scan forward : {blockC, &vnxSyntaxe::SearchEndOfPar, &vnxSyntaxe::SearchEndOfIndex,
+                             &vnxSyntaxe::SearchEndOfString, &vnxSyntaxe::SearchEndOfString2,
+                             &vnxSyntaxe::SearchEndOfCPPComment})
+          EXPECT_LE(forward(copy, from, limit), limit);
+        for (Scan backward : {&vnxSyntaxe::SearchBeginOfTAPBloc, &vnxSyntaxe::SearchBeginOfPar,
+                              &vnxSyntaxe::SearchBeginOfIndex, &vnxSyntaxe::SearchBeginOfString,
+                              &vnxSyntaxe::SearchBeginOfString2})
+          EXPECT_GE(backward(copy, from, 0), 0);
       }
       delete[] copy;
     }
