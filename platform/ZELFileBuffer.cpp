@@ -1,9 +1,13 @@
 #include "ZELFileBuffer.h"
 
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <limits>
+#include <mutex>
+#include <thread>
 
 namespace {
 bool gMultiThreadDisabled = false;
@@ -24,18 +28,20 @@ ZELFileBuffer* ZELFileBuffer::CreateFromString(const char* text, const char* nam
   if (n) std::memcpy(buffer->_text, text, n);
   buffer->_text[n] = '\0';
   buffer->_size = static_cast<unsigned int>(n);
-  buffer->_loaded = true;
+  buffer->_state.store(kLoaded, std::memory_order_relaxed);
   return buffer;
 }
 
 ZELFileBuffer::~ZELFileBuffer() { std::free(_text); }
 
-void ZELFileBuffer::load() {
-  if (_loaded) return;
-  _loaded = true;
-  if (!_fromFile || _fileName.empty()) return;
-  FILE* file = std::fopen(_fileName.c_str(), "rb");
-  if (!file) return;
+namespace {
+
+// Reads the whole file; false (and nothing allocated) when it cannot be read.
+// Touches no buffer, so that the reader thread can run it without a lock.
+bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOut) {
+  if (name.empty()) return false;
+  FILE* file = std::fopen(name.c_str(), "rb");
+  if (!file) return false;
   // The text is read straight into its own buffer: a stream buffer would be
   // one more allocation per file, and seeking to the end would fill it with
   // the file's last block for nothing.
@@ -49,7 +55,7 @@ void ZELFileBuffer::load() {
     const long end = std::ftell(file);
     if (std::fseek(file, 0, SEEK_SET) != 0) {  // a file that seeks one way only
       std::fclose(file);
-      return;
+      return false;
     }
     if (end > 0 && static_cast<unsigned long>(end) < std::numeric_limits<unsigned int>::max() / 2)
       capacity = static_cast<size_t>(end) + 1;
@@ -60,7 +66,7 @@ void ZELFileBuffer::load() {
   char* text = static_cast<char*>(std::malloc(capacity + 1));
   if (!text) {
     std::fclose(file);
-    return;
+    return false;
   }
   bool failed = false;
   for (;;) {
@@ -92,11 +98,101 @@ void ZELFileBuffer::load() {
   std::fclose(file);
   if (failed) {
     std::free(text);
-    return;
+    return false;
   }
   text[size] = '\0';
-  _text = text;
-  _size = static_cast<unsigned int>(size);
+  textOut = text;
+  sizeOut = static_cast<unsigned int>(size);
+  return true;
+}
+
+}  // namespace
+
+// The process-wide reader: one thread that reads queued buffers in the order
+// they were appended, so that the caller finds each text ready (or nearly)
+// when it gets to it. It starts with the first buffer queued and is joined
+// when the process ends.
+struct ZELFileReader {
+  std::mutex mutex;
+  std::condition_variable queued;  // the thread waits here for work
+  std::condition_variable loaded;  // the caller waits here for a buffer being read
+  std::deque<ZELFileBuffer*> queue;
+  std::thread thread;
+  bool stopping = false;
+
+  static ZELFileReader& instance() {
+    static ZELFileReader reader;
+    return reader;
+  }
+
+  ~ZELFileReader() {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      stopping = true;
+    }
+    queued.notify_all();
+    if (thread.joinable()) thread.join();
+  }
+
+  void enqueue(ZELFileBuffer* buffer) {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      buffer->_state.store(ZELFileBuffer::kQueued, std::memory_order_relaxed);
+      queue.push_back(buffer);
+      if (!thread.joinable()) thread = std::thread([this] { run(); });
+    }
+    queued.notify_one();
+  }
+
+  void run() {
+    std::unique_lock<std::mutex> lock(mutex);
+    for (;;) {
+      queued.wait(lock, [this] { return stopping || !queue.empty(); });
+      if (stopping) return;
+      ZELFileBuffer* buffer = queue.front();
+      queue.pop_front();
+      buffer->_state.store(ZELFileBuffer::kReading, std::memory_order_relaxed);
+      lock.unlock();
+      // The name never changes and the buffer cannot die while it is being
+      // read (destroy waits), so neither needs the lock.
+      char* text = nullptr;
+      unsigned int size = 0;
+      readWholeFile(buffer->_fileName, text, size);
+      lock.lock();
+      buffer->_text = text;
+      buffer->_size = size;
+      buffer->_state.store(ZELFileBuffer::kLoaded, std::memory_order_release);
+      loaded.notify_all();
+    }
+  }
+};
+
+bool ZELFileBuffer::settle() {
+  ZELFileReader& reader = ZELFileReader::instance();
+  std::unique_lock<std::mutex> lock(reader.mutex);
+  if (_state.load(std::memory_order_relaxed) == kQueued) {
+    // Not taken yet: the caller reads it now rather than wait its turn. The
+    // queue holds a few buffers at most, the wanted one usually first.
+    for (auto it = reader.queue.begin(); it != reader.queue.end(); ++it) {
+      if (*it == this) {
+        reader.queue.erase(it);
+        break;
+      }
+    }
+    _state.store(kIdle, std::memory_order_relaxed);
+    return true;
+  }
+  if (_state.load(std::memory_order_relaxed) == kIdle) return true;
+  reader.loaded.wait(lock, [this] { return _state.load(std::memory_order_relaxed) == kLoaded; });
+  return false;
+}
+
+void ZELFileBuffer::load() {
+  int state = _state.load(std::memory_order_acquire);
+  if (state == kLoaded) return;
+  if (state != kIdle && !settle()) return;
+  if (_fromFile) readWholeFile(_fileName, _text, _size);
+  _state.store(kLoaded, std::memory_order_relaxed);
 }
 
 const char* ZELFileBuffer::getBuffer() {
@@ -114,12 +210,18 @@ int ZELFileBuffer::isReadable() {
   return _text ? 1 : 0;
 }
 
-void ZELFileBuffer::destroy() { delete this; }
+void ZELFileBuffer::destroy() {
+  // The reader must not be left holding it.
+  const int state = _state.load(std::memory_order_acquire);
+  if (state == kQueued || state == kReading) settle();
+  delete this;
+}
 
 void ZELFileBufferPool::append(ZELFileBuffer* buffer) {
   if (!buffer) return;
   _buffers.push_back(buffer);
-  if (!gMultiThreadDisabled) buffer->isReadable();  // read ahead, on this thread
+  if (!gMultiThreadDisabled && buffer->_fromFile && buffer->_state.load(std::memory_order_relaxed) == ZELFileBuffer::kIdle)
+    ZELFileReader::instance().enqueue(buffer);
 }
 
 void ZELFileBufferPool::disableMultiThread() { gMultiThreadDisabled = true; }

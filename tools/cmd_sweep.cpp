@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <deque>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -21,6 +22,7 @@
 #include "ZELFileBuffer.h"
 #include "vnxExpression.h"
 #include "vnxInstruction.h"
+#include "vnxResources.h"
 #include "vnxSourceFile.h"
 #include "vnxSyntaxe.h"
 #include "wbStream.h"
@@ -28,12 +30,13 @@
 namespace {
 
 const char kUsage[] =
-    "vnxparse sweep [--json] [--no-tree] [--expand NAME]... [--hang-seconds S] [--show N] "
+    "vnxparse sweep [--json] [--no-tree] [--no-read-ahead] [--expand NAME]... [--hang-seconds S] [--show N] "
     "[--files-from LIST]... [FILE]...";
 
 struct Options {
   bool json = false;
   bool tree = true;  // false: preprocess only, to time that stage alone
+  bool readAhead = true;  // false: no reader thread, each file read when due
   double hangSeconds = 10.0;
   size_t show = 5;
   std::vector<std::string> expand;
@@ -84,6 +87,8 @@ bool parseArgs(const std::vector<std::string>& args, Options& options) {
       options.json = true;
     } else if (a == "--no-tree") {
       options.tree = false;
+    } else if (a == "--no-read-ahead") {
+      options.readAhead = false;
     } else if (a == "--expand" && hasValue) {
       options.expand.push_back(args[++i]);
     } else if (a == "--files-from" && hasValue) {
@@ -194,14 +199,17 @@ void addFailure(Totals& totals, const char* stage, const std::string& file, cons
 }
 
 // Takes one file through the pass and the tree, as 'vnxparse tree' does.
-void sweepFile(const std::string& name, std::ostringstream& sink, const Options& options, Totals& totals) {
+// The buffer (read ahead, or read now) becomes the source's.
+void sweepFile(const std::string& name, ZELFileBuffer* buffer, std::ostringstream& sink, const Options& options,
+               Totals& totals) {
   typedef std::chrono::steady_clock Clock;
   const Clock::time_point start = Clock::now();
   sink.str("");
   sink.clear();
 
-  ZELFileBuffer* buffer = ZELFileBuffer::CreateFromFile(name.c_str());
-  if (!buffer->isReadable() || TAFileName(name.c_str()).IsDirectory()) {
+  // Reading a directory fails here; the check is for systems where it gives
+  // an empty text instead.
+  if (!buffer->isReadable() || (buffer->getBufferSize() == 0 && TAFileName(name.c_str()).IsDirectory())) {
     buffer->destroy();
     ++totals.unreadable;
     addFailure(totals, "read", name, "cannot read the file");
@@ -396,6 +404,7 @@ int run(const std::vector<std::string>& args) {
     return kCliBadInput;
   }
   for (const std::string& name : options.expand) vnxSourceFile::addMacroToExpand(name.c_str());
+  if (!options.readAhead) vnxResources::disableMultiThread();
 
   Totals totals;
   std::ostringstream sink;
@@ -403,11 +412,28 @@ int run(const std::vector<std::string>& args) {
   Progress progress(options.files.size());
   long long rssFirst = 0;
   const auto start = std::chrono::steady_clock::now();
+  // The next few files are read ahead by the buffer pool's reader while this
+  // one is processed, as the symbol table does with a file's includes. They
+  // are queued a batch at a time, so that the idle reader is woken once per
+  // batch rather than once per file.
+  const size_t kAhead = 8;
+  ZELFileBufferPool pool;
+  std::deque<ZELFileBuffer*> ahead;
+  size_t queued = 0;
   for (size_t i = 0; i < options.files.size(); ++i) {
+    if (ahead.size() < 2) {
+      while (queued < options.files.size() && ahead.size() < kAhead) {
+        ahead.push_back(ZELFileBuffer::CreateFromFile(options.files[queued++].c_str()));
+        pool.append(ahead.back());
+      }
+    }
+    ZELFileBuffer* buffer = ahead.front();
+    ahead.pop_front();
     progress.update(i, options.files[i]);
-    sweepFile(options.files[i], sink, options, totals);
+    sweepFile(options.files[i], buffer, sink, options, totals);
     if (i == 0) rssFirst = currentRssKiB();
   }
+  pool.reset();
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   progress.finish();
   wbStderr.flush();
@@ -437,7 +463,9 @@ const CliCommand command(
     "taking over S seconds (--hang-seconds, 10 by default) is reported as a hang;\n"
     "a tree that leaves nodes alive or keeps its source after its release, as a\n"
     "leak. --no-tree stops each file after its preprocessing, to time that stage\n"
-    "alone. --json prints the summary as one JSON object. On a terminal, progress\n"
+    "alone. The next files are read ahead on the buffer pool's reader thread while\n"
+    "one is processed; --no-read-ahead reads each on this thread when it is due.\n"
+    "--json prints the summary as one JSON object. On a terminal, progress\n"
     "goes to standard error. Exit 0 when every file was read and none hung or\n"
     "leaked (failures are counted, not fatal), 1 on a hang or a leak, 2 on bad\n"
     "usage or an unreadable file or list.",

@@ -3,13 +3,17 @@
 // reading ahead). An unreadable file gives a null buffer and size 0, with
 // isReadable() 0. The buffer is owned; destroy() frees the object itself.
 //
-// ZELFileBufferPool: a group of buffers to be read together. It may read them
-// ahead; here it reads them at once when appended, unless multi-threading is
-// disabled, in which case each buffer reads itself on first need. It never
-// owns the buffers.
+// ZELFileBufferPool: a group of buffers to be read together. Unless
+// multi-threading is disabled, appended buffers are read ahead, in order, by
+// one process-wide reader thread; a buffer asked for before the reader took
+// it is read by the caller at once, and one the reader is reading is waited
+// for. Otherwise each buffer reads itself on first need. The pool never owns
+// the buffers; destroying a buffer that is queued or being read is safe.
+// Buffers are used by one thread (the reader only fills them).
 #ifndef ZEL_FILE_BUFFER_H
 #define ZEL_FILE_BUFFER_H
 
+#include <atomic>
 #include <string>
 #include <vector>
 #include "vnxExport.h"
@@ -35,15 +39,26 @@ class VNX_EXPORT ZELFileBuffer {
   ZELFileBuffer& operator=(const ZELFileBuffer&) = delete;
 
  private:
+  friend class ZELFileBufferPool;
+  friend struct ZELFileReader;
+  // Where the text stands: not read (and not queued), queued for the reader,
+  // being read by the reader, loaded (or found unreadable).
+  enum State { kIdle, kQueued, kReading, kLoaded };
+
   ZELFileBuffer() = default;
   ~ZELFileBuffer();
   void load();
+  // Takes the buffer back from the reader: out of its queue, or waited for.
+  // Returns whether the caller must still read the file.
+  bool settle();
 
   std::string _fileName;
   char* _text = nullptr;
   unsigned int _size = 0;
   bool _fromFile = false;
-  bool _loaded = false;
+  // Written by the reader thread under its lock; read without it only once
+  // kLoaded has been seen.
+  std::atomic<int> _state{kIdle};
 };
 
 class VNX_EXPORT ZELFileBufferPool {
