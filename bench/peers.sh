@@ -7,7 +7,8 @@
 #
 # Usage: bench/peers.sh [LIST]...   (default: every bench/corpora/*.list)
 # Environment: RUNS (default 5); VNXPARSE, the vnxparse to time (default: a
-# Release build made in build-peers/); CTAGS (default: ctags).
+# Release build made in build-peers/, profile-guided with bench/pgo-build.sh
+# when the compiler is GCC, unless PGO=0); CTAGS (default: ctags).
 #
 # ctags runs as `ctags --language-force=C++ -L LIST -f -` with its output
 # thrown away: forcing the language keeps .hxx, .lxx and .idl files in, and
@@ -25,11 +26,19 @@ if ! "$ctags" --version 2>/dev/null | grep -q "Universal Ctags"; then
   exit 1
 fi
 
+build_kind="Release"
 if [ -z "${VNXPARSE:-}" ]; then
-  cmake -S "$root" -B "$root/build-peers" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVNX_BUILD_TESTS=OFF \
-    -DVNX_BUILD_BENCH=OFF >/dev/null
-  cmake --build "$root/build-peers" --target vnxparse >/dev/null
-  VNXPARSE=$root/build-peers/tools/vnxparse
+  if [ "${PGO:-1}" != 0 ] && "$root/bench/pgo-build.sh" --check; then
+    VNXPARSE=$("$root/bench/pgo-build.sh" "$root/build-peers")
+    build_kind="Release, profile-guided"
+  else
+    cmake -S "$root" -B "$root/build-peers" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVNX_BUILD_TESTS=OFF \
+      -DVNX_BUILD_BENCH=OFF -DCMAKE_CXX_FLAGS= -DCMAKE_EXE_LINKER_FLAGS= -DCMAKE_SHARED_LINKER_FLAGS= >/dev/null
+    cmake --build "$root/build-peers" --target vnxparse >/dev/null
+    VNXPARSE=$root/build-peers/tools/vnxparse
+  fi
+else
+  build_kind="given"
 fi
 
 lists=("$@")
@@ -70,7 +79,7 @@ cpu=$(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2 | sed 's/^ *//')
 memory=$(awk '/MemTotal/ { printf "%.0f GiB", $2 / 1048576 }' /proc/meminfo)
 commit=$(git -C "$root" rev-parse --short HEAD 2>/dev/null || echo '?')
 echo "Machine: ${cpu:-unknown CPU}, $(nproc) cores, $memory, $(. /etc/os-release && echo "$PRETTY_NAME");" \
-  "$("$ctags" --version | head -n 1 | cut -d, -f1); vnxparse $commit (Release); median of $runs runs," \
+  "$("$ctags" --version | head -n 1 | cut -d, -f1); vnxparse $commit ($build_kind); median of $runs runs," \
   "$(date -u +%Y-%m-%d), load average $(cut -d' ' -f1 /proc/loadavg) before the run"
 echo
 echo "| corpus | files | MB | read (ms) | ctags (ms) | ctags MB/s | vnxparse (ms) | vnxparse MB/s | ctags / vnxparse |"
