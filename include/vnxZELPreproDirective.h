@@ -122,6 +122,11 @@ class VNX_EXPORT vnxZELPreproDirective {
   // (pool block, count and source are kept).
   void resetDirective();
 
+ private:
+  // Gives the text back to the store it came from and clears its fields.
+  void releaseText();
+
+ protected:
   void* _poolBlock = nullptr;
   int _refCount = 1;
   vnxSourceFile* _source = nullptr;

@@ -7,6 +7,7 @@
 #include "TAPerfoAv.h"
 #include "platform/TAPool.h"
 #include "source/vnxCommentScan.h"
+#include "source/vnxTextStore.h"
 #include "vnxCComment.h"
 #include "vnxCppComment.h"
 #include "vnxResources.h"
@@ -73,16 +74,45 @@ int blockCommentEnd(const char* text, int pos) {
 }
 
 // End of a line comment opened at pos: the character before the first newline
-// that no backslash precedes, or the last character of the text.
-int lineCommentEnd(const char* text, int pos) {
+// that no backslash precedes, or the last character of the text. One pass
+// also gives the place of that character from (line, col): the newlines
+// before it are the continued ones.
+int lineCommentEnd(const char* text, int pos, unsigned int& line, unsigned int& col) {
   const char* p = text + pos;
+  const char* lastBreak = nullptr;      // the last continued newline
+  const char* previousBreak = nullptr;  // the one before it
+  unsigned int breaks = 0;
+  int last;
   for (;;) {
     const char* newline = std::strchr(p, '\n');
-    if (!newline) return static_cast<int>(p - text + std::strlen(p)) - 1;
+    if (!newline) {
+      last = static_cast<int>(p - text + std::strlen(p)) - 1;
+      break;
+    }
     const int k = static_cast<int>(newline - text);
-    if (!(k > pos && text[k - 1] == '\\')) return k - 1;
+    if (!(k > pos && text[k - 1] == '\\')) {
+      last = k - 1;
+      break;
+    }
+    previousBreak = lastBreak;
+    lastBreak = newline;
+    ++breaks;
     p = newline + 1;
   }
+  if (last <= pos) return last;
+  // A continued newline may itself be the last character (an empty line
+  // after it, or the end of the text): it does not count for its own place.
+  if (lastBreak == text + last) {
+    lastBreak = previousBreak;
+    --breaks;
+  }
+  if (lastBreak) {
+    line += breaks;
+    col = static_cast<unsigned int>(text + last - lastBreak);
+  } else {
+    col += static_cast<unsigned int>(last - pos);
+  }
+  return last;
 }
 
 }  // namespace
@@ -99,7 +129,12 @@ int vnxComment::AddRef() {
 // The kind is known from the line-comment flag, which saves a virtual call on
 // the hottest release path.
 int vnxComment::Release() {
-  if (TAFatalError(_refCount <= 0, "vnxComment::Release on a released comment")) return -1;
+  // The report is called only when it has something to say: this is the
+  // release path of every comment of every file.
+  if (_refCount <= 0) {
+    TAFatalError(1, "vnxComment::Release on a released comment");
+    return -1;
+  }
   if (--_refCount > 0) return _refCount;
   if (_lineComment) gLineCommentPool.release(static_cast<vnxCppComment*>(this), _poolBlock);
   else gBlockCommentPool.release(static_cast<vnxCComment*>(this), _poolBlock);
@@ -107,9 +142,9 @@ int vnxComment::Release() {
 }
 
 void vnxComment::resetComment() {
-  std::free(_commentString);
-  std::free(_lineTable);
-  std::free(_colTable);
+  if (_commentString) vnxtext::release(_commentString, static_cast<size_t>(_commentStringSize) + 1);
+  if (_lineTable) std::free(_lineTable);
+  if (_colTable) std::free(_colTable);
   _commentString = nullptr;
   _commentStringSize = 0;
   _lineTable = nullptr;
@@ -123,10 +158,8 @@ void vnxComment::resetComment() {
 int vnxComment::record(const char* text, int pos, int size, int line, int col, unsigned int endLine,
                        unsigned int endCol, int outPos) {
   resetComment();
-  char* copy = static_cast<char*>(std::malloc(static_cast<size_t>(size) + 1));
+  char* copy = vnxtext::copy(text + pos, size);
   if (!copy) return 1;
-  if (size > 0) std::memcpy(copy, text + pos, static_cast<size_t>(size));
-  copy[size] = '\0';
   _commentString = copy;
   _commentStringSize = size;
   _beginLine = static_cast<unsigned int>(line);
@@ -209,10 +242,9 @@ int vnxCppComment::getPoolBlockCount() { return gLineCommentPool.blockCount(); }
 
 int vnxCppComment::build(const char* text, int pos, int line, int col, int outPos) {
   if (badPlace(text, pos, line, col, outPos)) return 1;
-  const int last = lineCommentEnd(text, pos);
   unsigned int endLine = static_cast<unsigned int>(line);
   unsigned int endCol = static_cast<unsigned int>(col);
-  placeOfLast(text, pos, last, endLine, endCol);
+  const int last = lineCommentEnd(text, pos, endLine, endCol);
   if (record(text, pos, last - pos + 1, line, col, endLine, endCol, outPos) != 0) return 1;
   countComment(1, _commentStringSize);
   return 0;

@@ -189,17 +189,18 @@ class LineWalker {
   }
 
   // The newline that ends a line comment (continuations belong to it), or
-  // the NUL.
+  // the NUL. Only a newline can end it, and only the backslash before a
+  // newline (carriage returns between) can continue it: the search goes from
+  // newline to newline.
   int lineCommentEnd(int k) const {
     for (;;) {
-      const char ch = _text[k];
-      if (ch == '\0') return k;
-      if (const int n = continuationAt(_text, k)) {
-        k += n;
-        continue;
-      }
-      if (ch == '\n') return k;
-      ++k;
+      const char* newline = std::strchr(_text + k, '\n');
+      if (!newline) return k + static_cast<int>(std::strlen(_text + k));
+      const int n = static_cast<int>(newline - _text);
+      int b = n - 1;
+      while (b >= k && _text[b] == '\r') --b;
+      if (b < k || _text[b] != '\\') return n;
+      k = n + 1;
     }
   }
 
@@ -207,8 +208,10 @@ class LineWalker {
   // the newline or NUL that cuts it.
   int literalEnd(int k) const {
     const char quote = _text[k];
+    const char* const stops = quote == '"' ? "\"\\\n" : "'\\\n";
     ++k;
     for (;;) {
+      k += static_cast<int>(std::strcspn(_text + k, stops));
       const char ch = _text[k];
       if (ch == '\0' || ch == '\n') return k;
       if (const int n = continuationAt(_text, k)) {
@@ -220,8 +223,7 @@ class LineWalker {
         if (_text[k] != '\0' && _text[k] != '\n') ++k;
         continue;
       }
-      ++k;
-      if (ch == quote) return k;
+      return k + 1;  // the closing quote
     }
   }
 
@@ -352,6 +354,7 @@ int vnxPreproDirectiveConditional::findBranch(const char* text) {
     lastNewline = c.k;
     int k = c.k + 1;
     for (;;) {
+      while (text[k] == ' ') ++k;  // most indentation, with one test a character
       while (isIndent(text[k])) ++k;
       const ConditionalType type = directiveKeywordAt(text, k);
       bool opens = false;

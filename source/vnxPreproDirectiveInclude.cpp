@@ -6,6 +6,7 @@
 #include "platform/TAPool.h"
 #include "source/vnxCommentScan.h"
 #include "source/vnxDiag.h"
+#include "source/vnxTextStore.h"
 #include "vnxSourceFile.h"
 #include "wbStream.h"
 
@@ -15,12 +16,11 @@ TAPool<vnxPreproDirectiveInclude> gIncludePool;
 
 const char kIn[] = " in vnxPreproDirectiveInclude::buildIncludeString";
 
-char* copyRange(const char* begin, int length) {
-  char* copy = static_cast<char*>(std::malloc(static_cast<size_t>(length) + 1));
-  if (!copy) return nullptr;
-  if (length > 0) std::memcpy(copy, begin, static_cast<size_t>(length));
-  copy[length] = '\0';
-  return copy;
+// The include string holds no NUL, so its length gives back its block size.
+char* copyRange(const char* begin, int length) { return vnxtext::copy(begin, length); }
+
+void releaseRange(char* text) {
+  if (text) vnxtext::release(text, std::strlen(text) + 1);
 }
 
 // The first '"' or '>' from k (either closes either form); -1 when none.
@@ -36,7 +36,7 @@ vnxPreproDirectiveInclude::vnxPreproDirectiveInclude(vnxSourceFile* source) : vn
   _preproType = Include;
 }
 
-vnxPreproDirectiveInclude::~vnxPreproDirectiveInclude() { std::free(_includeString); }
+vnxPreproDirectiveInclude::~vnxPreproDirectiveInclude() { releaseRange(_includeString); }
 
 vnxPreproDirectiveInclude* vnxPreproDirectiveInclude::create(vnxSourceFile* source) {
   void* block = nullptr;
@@ -62,7 +62,7 @@ int vnxPreproDirectiveInclude::build(const char* text, int pos, int line, int co
 }
 
 int vnxPreproDirectiveInclude::buildIncludeString() {
-  std::free(_includeString);
+  releaseRange(_includeString);
   _includeString = nullptr;
   const char* text = _preproString;
   if (!text || text[0] == '\0') {

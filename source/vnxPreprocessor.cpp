@@ -564,7 +564,9 @@ vnxPreprocessor::Next vnxPreprocessor::handleComment(int& i) {
     comment->Release();
     return kContinue;
   }
-  const int end = comment->getPosOfCommentCharInRawStream(comment->getCommentStringSize() - 1);
+  // The raw position of the comment's last character (-1 for an empty one).
+  const int size = comment->getCommentStringSize();
+  const int end = size > 0 ? comment->getBeginPosInRawStream() + size - 1 : -1;
   _file.addComment(comment);
   if (end < i) {
     if (block) vnxdiag::error(ZELString("File ") + _file._name + " is too long.");

@@ -214,6 +214,55 @@ void vnxSourceFile::buildLineAndColumnTables(const char* raw, int rawSize) {
   fillLineAndColumn(raw, rawSize, _lineTable, _columnTable);
 }
 
+namespace {
+
+// How many times the line of map[k] rises above the line of map[k - 1], for k
+// in [1, count), plus one when the first line is not 0: every position of map
+// lies in the line table. Where the map runs on sequentially (map[k] ==
+// map[k - 1] + 1, most of a stream: text copied as it stands), consecutive
+// raw characters are at most one line apart, so the rises along the run are
+// the difference of the lines at its two ends: only the run's ends are looked
+// up, and the run's end is found four entries at a time.
+int countCodeLines(const int* map, int count, const unsigned int* lines) {
+  if (count <= 0) return 0;
+  unsigned int previous = lines[map[0]];
+  int codeLines = previous != 0 ? 1 : 0;
+  int k = 1;
+  while (k < count) {
+    if (map[k] != map[k - 1] + 1) {
+      const unsigned int line = lines[map[k]];
+      codeLines += line > previous ? 1 : 0;
+      previous = line;
+      ++k;
+      continue;
+    }
+    // map[k - 1] .. map[k] is sequential; extend the run as far as it goes.
+    int j = k + 1;
+#if defined(__SSE2__)
+    const __m128i ones = _mm_set1_epi32(1);
+    for (;;) {
+      if (j + 4 > count) break;
+      const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(map + j));
+      const __m128i before = _mm_loadu_si128(reinterpret_cast<const __m128i*>(map + j - 1));
+      const int steps = _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(_mm_sub_epi32(here, before), ones)));
+      if (steps != 0xF) {
+        j += __builtin_ctz(~static_cast<unsigned int>(steps));
+        break;
+      }
+      j += 4;
+    }
+#endif
+    while (j < count && map[j] == map[j - 1] + 1) ++j;
+    const unsigned int line = lines[map[j - 1]];
+    codeLines += static_cast<int>(line - previous);
+    previous = line;
+    k = j;
+  }
+  return codeLines;
+}
+
+}  // namespace
+
 void vnxSourceFile::countLines() {
   _nbCodeLine = 0;
   _nbLine = 0;
@@ -238,18 +287,7 @@ void vnxSourceFile::countLines() {
     counted = 0;
     while (static_cast<unsigned int>(map[counted]) < rawSize) ++counted;
   }
-  const unsigned int* lines = _lineTable;
-  int codeLines = 0;
-  if (counted > 0) {
-    unsigned int previous = lines[map[0]];
-    codeLines = previous != 0 ? 1 : 0;
-    for (int k = 1; k < counted; ++k) {
-      const unsigned int line = lines[map[k]];
-      codeLines += line > previous ? 1 : 0;
-      previous = line;
-    }
-  }
-  _nbCodeLine = codeLines;
+  _nbCodeLine = countCodeLines(map, counted, _lineTable);
   if (outside) {
     vnxdiag::error(ZELString("Problem in processing of file ") + _name);
     vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
@@ -310,7 +348,8 @@ void vnxSourceFile::getPreproConditionalGroupList(ZELListPtr<vnxPreproConditiona
 void vnxSourceFile::addComment(vnxComment* comment) {
   if (!comment) return;
   if (!_commentList) _commentList = new ZELListPtr<vnxComment>();
-  const int position = comment->getPosOfCommentCharInRawStream(0);
+  // The raw position of its first character (-1 for an empty comment).
+  const int position = comment->getCommentStringSize() > 0 ? comment->getBeginPosInRawStream() : -1;
   if (_commentList->Size() > 0 && position < _lastCommentPosition) _commentsUnsorted = true;
   else _lastCommentPosition = position;
   _commentList->Append(comment);

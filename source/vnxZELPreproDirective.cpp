@@ -6,6 +6,7 @@
 #include "TAFatalError.h"
 #include "platform/TAPool.h"
 #include "source/vnxCommentScan.h"
+#include "source/vnxTextStore.h"
 #include "vnxCComment.h"
 #include "vnxSourceFile.h"
 #include "wbStream.h"
@@ -136,7 +137,10 @@ int vnxZELPreproDirective::AddRef() {
 }
 
 int vnxZELPreproDirective::dropReference() {
-  if (TAFatalError(_refCount <= 0, "vnxZELPreproDirective::Release on a released directive")) return -1;
+  if (_refCount <= 0) {  // the report is called only when it has something to say
+    TAFatalError(1, "vnxZELPreproDirective::Release on a released directive");
+    return -1;
+  }
   return --_refCount;
 }
 
@@ -146,14 +150,18 @@ int vnxZELPreproDirective::Release() {
   return count;
 }
 
-void vnxZELPreproDirective::resetDirective() {
-  std::free(_preproString);
-  std::free(_directiveIdentifier);
-  std::free(_lineTable);
-  std::free(_colTable);
-  _defSource = nullptr;
+void vnxZELPreproDirective::releaseText() {
+  if (_preproString) vnxtext::release(_preproString, static_cast<size_t>(_preproStringSize) + 1);
   _preproString = nullptr;
   _preproStringSize = 0;
+}
+
+void vnxZELPreproDirective::resetDirective() {
+  releaseText();
+  if (_directiveIdentifier) std::free(_directiveIdentifier);
+  if (_lineTable) std::free(_lineTable);
+  if (_colTable) std::free(_colTable);
+  _defSource = nullptr;
   _directiveIdentifier = nullptr;
   _lineTable = nullptr;
   _colTable = nullptr;
@@ -169,11 +177,9 @@ const char* vnxZELPreproDirective::IsA() const { return "vnxZELPreproDirective";
 int vnxZELPreproDirective::build(const char* text, int pos, int line, int col, int outPos) {
   if (!text || pos < 0 || line < 1 || col < 1 || outPos < 0) return 1;
   // A rebuilt directive forgets its former text; its kind and identifier stay.
-  std::free(_preproString);
-  std::free(_lineTable);
-  std::free(_colTable);
-  _preproString = nullptr;
-  _preproStringSize = 0;
+  releaseText();
+  if (_lineTable) std::free(_lineTable);
+  if (_colTable) std::free(_colTable);
   _lineTable = nullptr;
   _colTable = nullptr;
   _beginLine = static_cast<unsigned int>(line);
@@ -184,7 +190,7 @@ int vnxZELPreproDirective::build(const char* text, int pos, int line, int col, i
   ScanState s{pos, _beginLine, _beginCol, _beginLine, _beginCol, 0};
   const int last = scanDirectiveEnd(text, _source, outPos, s);
   const int size = last - pos + 1;
-  _preproString = copyText(text + pos, size < 0 ? 0 : size);
+  _preproString = vnxtext::copy(text + pos, size < 0 ? 0 : size);
   if (!_preproString) return 1;
   _preproStringSize = size < 0 ? 0 : size;
   _endLine = size > 0 ? s.prevLine : _beginLine;

@@ -118,4 +118,36 @@ TEST(PreproStream, CountsLinesAndCodeLines) {
   }
 }
 
+TEST(PreproStream, CodeLinesAreTheRisesOfTheLineAlongTheStream) {
+  // The count reads only the ends of runs copied as they stand; the reference
+  // reads every character's line. Runs of every length around the four-entry
+  // steps, broken by squeezed blanks, comments, folds and dead branches.
+  std::vector<std::string> texts = {
+      "a\nb\nc\n", "ab\ncd\n\nef  gh\n", "x = 1; // c\n  y = 2;\n/* a\nb */ z;\n",
+      "#if 0\nint x;\n#endif\nint y; int\n\tz;\n", "f(a,\n  b) { { g(); } }\n", "s = \"a\nb\";\nt;\n",
+      "a \\\nb\n"};
+  for (int run = 1; run <= 9; ++run) {
+    std::string text;
+    for (int line = 0; line < 12; ++line) {
+      text += std::string(static_cast<size_t>(run + line % 5), static_cast<char>('a' + line));
+      text += line % 3 == 0 ? "  \n" : line % 3 == 1 ? "\n" : " ;\n\n";
+    }
+    texts.push_back(text);
+  }
+  for (const std::string& text : texts) {
+    SCOPED_TRACE(text);
+    vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
+    ASSERT_EQ(0, source->preProcess());
+    int rises = 0, previous = 0;
+    for (int k = 0; k < source->GetSize(); ++k) {
+      int line = 0, col = 0;
+      ASSERT_EQ(0, source->GetPos(k, line, col));
+      rises += line > previous ? 1 : 0;
+      previous = line;
+    }
+    EXPECT_EQ(rises, source->GetNbCodeLine());
+    source->Release();
+  }
+}
+
 }  // namespace
