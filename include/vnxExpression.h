@@ -84,6 +84,13 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
     int nextLength = 0;
     bool leading = false;
     const WordChain* words = nullptr;
+    // Set by findSplit: the left (right) operand holds no operator token at
+    // all, the scan having read every one of them. As a hint, bare tells a
+    // text that holds none: unless narrowing opens parentheses, it splits
+    // nowhere.
+    bool bareLeft = false;
+    bool bareRight = false;
+    bool bare = false;
   };
 
   vnxExpression() {}  // not defaulted: see vnxSyntaxe()
@@ -109,6 +116,14 @@ class VNX_EXPORT vnxExpression : public vnxSyntaxe {
   int buildPlaced(const char* s, const Split* hint);
   // buildText for a text that is not a single word, within the depth limit.
   int buildPhrase(const char* s, const Split* hint);
+  // buildText for a text of words separated by spaces (' ' only), a word at
+  // each end, not opening with "new ", whose first blank is at firstBlank
+  // (at or past its end for a single word): a chain of "dc" down to its
+  // first word, each level peeling off the last word ("id" for one word).
+  int buildWords(const char* s, int firstBlank);
+  // A child of this node over such a text [from, to), placed and built with
+  // buildWords; the build status.
+  int addWords(const char* s, int from, int to, int firstBlank);
   // Sets the depth message; 1.
   int depthFailure() const;
   // Trims blanks and outer parentheses off the node: 1, 0 when nothing is

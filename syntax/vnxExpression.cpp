@@ -40,6 +40,14 @@ inline bool onlyWordChars(const char* s, int begin, int end, int readable) {
   return i == end;
 }
 
+// Whether [from, end) holds word characters and ' ' only (s may be read up
+// to readable, at or past end).
+inline bool onlyWordsAndSpaces(const char* s, int from, int end, int readable) {
+  int i = vnxtreebytes::skipWordsAndSpacesInText(s, from, end - 1, readable);
+  while (i < end && (isWordChar(s[i]) || s[i] == ' ')) ++i;
+  return i == end;
+}
+
 int failWith(const char* message) {
   vnxSyntaxe::ErrMsg = message;
   return 1;
@@ -212,15 +220,56 @@ int vnxExpression::depthFailure() const {
 
 inline int vnxExpression::buildPlaced(const char* s, const Split* hint) {
   if (_depth > kMaxDepth) return depthFailure();
-  // A single word, by far the most common text, holds no operator, no
-  // bracket and no blank: narrowing leaves it as it is, and every rule of
-  // buildPhrase ends at "id". Told here, it costs its builder no call.
-  if (_size > 0 && onlyWordChars(s, _begin, _begin + _size, _source->GetSize())) {
-    setMarker("id");
-    addLeaf(kTAPIdentifiant, _begin, _size);
-    return 0;
+  if (_size > 0) {
+    // A single word, by far the most common text, holds no operator, no
+    // bracket and no blank: narrowing leaves it as it is, and every rule of
+    // buildPhrase ends at "id". Told here, it costs its builder no call.
+    const int end = _begin + _size;
+    const int readable = _source->GetSize();
+    int i = vnxtreebytes::skipWordsInText(s, _begin, end - 1, readable);
+    while (i < end && isWordChar(s[i])) ++i;
+    if (i == end) {
+      setMarker("id");
+      addLeaf(kTAPIdentifiant, _begin, _size);
+      return 0;
+    }
+    // Words and spaces only (const Standard_Real U, Standard_EXPORT static
+    // void D0): no operator, literal or group, so every level of the "dc"
+    // chain would scan its text four times only to cut off its last word.
+    if (s[i] == ' ' && i > _begin && isWordChar(s[end - 1]) && onlyWordsAndSpaces(s, i, end, readable) &&
+        !(_size > 4 && startsWith(s, _begin, end, "new ")))
+      return buildWords(s, i);
   }
   return buildPhrase(s, hint);
+}
+
+int vnxExpression::buildWords(const char* s, int firstBlank) {
+  const int begin = _begin;
+  const int end = _begin + _size;
+  if (firstBlank >= end) {
+    setMarker("id");
+    addLeaf(kTAPIdentifiant, begin, _size);
+    return 0;
+  }
+  // The text opens and ends with a word: its last blank lies strictly
+  // inside, and so does the end of the word before it.
+  int blank = vnxtreebytes::skipWordsBackwardInText(s, end - 1, begin, false);
+  while (isWordChar(s[blank])) --blank;
+  int leftEnd = blank;
+  while (s[leftEnd - 1] == ' ') --leftEnd;
+  setMarker("dc");
+  if (addWords(s, begin, leftEnd, firstBlank)) return 1;
+  return addWords(s, blank + 1, end, end);
+}
+
+int vnxExpression::addWords(const char* s, int from, int to, int firstBlank) {
+  vnxExpression* child = vnxSyntaxeAccess::placeUnder<vnxExpression>(vnxpools::expressions, vnxpools::kExpressions,
+                                                                     kExpression, this, s, from, to - from);
+  if (!child) return 0;
+  vnxSyntaxeAccess::adopt(this, child);
+  const int status = child->_depth > kMaxDepth ? child->depthFailure() : child->buildWords(s, firstBlank);
+  vnxSyntaxeAccess::builtByBuilder();
+  return status;
 }
 
 int vnxExpression::buildText(const char* s, const Split* hint) { return buildPlaced(s, hint); }
@@ -256,7 +305,9 @@ int vnxExpression::buildPhrase(const char* s, const Split* hint) {
   const bool leading = hint && hint->leading && leadingSplit(s, begin, end, *hint, split);
   if (!leading && !words) {
     if (hint && hint->nextPos >= begin && hint->nextPos < end) chainSplit(s, begin, *hint, split);
-    else findSplit(s, begin, end, split);
+    // The father's scan read this text as it stands, operators and all;
+    // parentheses dropped by narrowing open text it jumped over.
+    else if (!(hint && hint->bare && begin == givenBegin && end == givenEnd)) findSplit(s, begin, end, split);
   }
   return split.pos >= 0 ? buildOperands(s, split) : buildWithoutOperator(s, words);
 }
@@ -294,6 +345,8 @@ int vnxExpression::buildOperands(const char* s, const Split& split) {
   // An operator in first place is unary (-x, !x, *p, &x, ++i, ::f); "++" and
   // "--" in last place are too (i++). Any other operator takes both sides,
   // an empty side becoming a null node.
+  Split bare;
+  bare.bare = true;
   if (split.pos == begin) {
     // Nothing in the operand of a prefix "!", "++" or "--" is weaker than
     // it, and the leftmost of its level wins: in a run of them (!!!a) the
@@ -301,11 +354,13 @@ int vnxExpression::buildOperands(const char* s, const Split& split) {
     Split prefix;
     prefix.level = split.level;
     prefix.leading = split.level == 40 || split.level == 20;
-    return addOperand(after, end, prefix.leading ? &prefix : nullptr);
+    prefix.bare = split.bareRight;
+    return addOperand(after, end, prefix.leading || prefix.bare ? &prefix : nullptr);
   }
-  if (split.level == 20 && after == end) return addOperand(begin, split.pos, nullptr);
-  if (addOperand(begin, split.pos, split.nextPos >= 0 ? &split : nullptr)) return 1;
-  return addOperand(after, end, nullptr);
+  const Split* left = split.nextPos >= 0 ? &split : split.bareLeft ? &bare : nullptr;
+  if (split.level == 20 && after == end) return addOperand(begin, split.pos, left);
+  if (addOperand(begin, split.pos, left)) return 1;
+  return addOperand(after, end, split.bareRight ? &bare : nullptr);
 }
 
 int vnxExpression::buildWithoutOperator(const char* s, const WordChain* words) {

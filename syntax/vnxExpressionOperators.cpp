@@ -322,7 +322,13 @@ int vnxExpression::findSplit(const char* s, int begin, int end, Split& split) co
   split = Split();
   if (!s || begin < 0 || end <= begin) return 0;
   ColonRule rule(_father, s, begin, end);
+  // Tokens read, and how many of them lie right of the split: the walk reads
+  // every token of the text, right to left, so those read after the split
+  // are all of its left operand's.
+  int tokens = 0;
+  int rightOfSplit = 0;
   const int walked = walkOperators(s, begin, end - 1, end, [&](int pos, int length) {
+    ++tokens;
     const int level = rule.level(s, pos, length);
     if (level <= 0) return false;
     if (level > split.level || (level == split.level && takesEqualLevel(level))) {
@@ -330,6 +336,7 @@ int vnxExpression::findSplit(const char* s, int begin, int end, Split& split) co
       split.length = length;
       split.level = level;
       split.nextPos = -1;
+      rightOfSplit = tokens - 1;
     } else if (level == split.level && split.nextPos < 0) {
       split.nextPos = pos;
       split.nextLength = length;
@@ -341,6 +348,10 @@ int vnxExpression::findSplit(const char* s, int begin, int end, Split& split) co
     return -1;
   }
   if (!levelChains(split.level)) split.nextPos = -1;
+  if (split.pos >= 0) {
+    split.bareRight = rightOfSplit == 0;
+    split.bareLeft = tokens - rightOfSplit == 1;
+  }
   return 0;
 }
 

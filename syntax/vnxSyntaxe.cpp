@@ -114,6 +114,39 @@ __attribute__((noinline)) static void buryForeign(vnxSyntaxe* node) {
   vnxSyntaxeAccess::bury(node);
 }
 
+inline void vnxSyntaxeAccess::buryLeaf(vnxSyntaxe* node) {
+  if (node->_source) node->_source->Release();
+  if (node->_contentCache) std::free(node->_contentCache);
+  freeSlot(node);
+}
+
+inline void vnxSyntaxeAccess::dropChildHold(vnxSyntaxe* node) {
+  if (__builtin_expect(node->_refCount <= 0, 0)) {
+    TAFatalError(1, "vnxSyntaxe::Release of a node already released");
+    return;
+  }
+  if (--node->_refCount > 0) return;
+  // Leaves are a third of a tree: freed here, they skip the release list.
+  if (node->_childCount == 0 && pooled(node)) {
+    buryLeaf(node);
+    return;
+  }
+  node->_nextCache = gWalk.dead;
+  gWalk.dead = node;
+}
+
+inline void vnxSyntaxeAccess::freeSlot(vnxSyntaxe* node) {
+  const unsigned char kind = node->_poolKind;
+  if (node->_childArray) {
+    std::free(node->_childArray);
+    childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * node->_childCapacity;
+  }
+  void* const block = node->_ownerBlock;
+  if (kind == vnxpools::kExpressions) vnxpools::expressions.releaseExact(static_cast<vnxExpression*>(node), block);
+  else if (kind == vnxpools::kInstructions) vnxpools::instructions.releaseExact(static_cast<vnxInstruction*>(node), block);
+  else vnxpools::nodes.releaseExact(node, block);
+}
+
 inline void vnxSyntaxeAccess::bury(vnxSyntaxe* node) {
   const unsigned char kind = node->_poolKind;
   if (kind == vnxpools::kForeign) {
@@ -128,16 +161,9 @@ inline void vnxSyntaxeAccess::bury(vnxSyntaxe* node) {
   if (node->_contentCache) std::free(node->_contentCache);
   if (const int count = node->_childCount) {
     vnxSyntaxe* const* children = node->_childArray ? node->_childArray : node->_firstChildren;
-    for (int i = count - 1; i >= 0; --i) dropHold(children[i]);
+    for (int i = count - 1; i >= 0; --i) dropChildHold(children[i]);
   }
-  if (node->_childArray) {
-    std::free(node->_childArray);
-    childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * node->_childCapacity;
-  }
-  void* const block = node->_ownerBlock;
-  if (kind == vnxpools::kExpressions) vnxpools::expressions.releaseExact(static_cast<vnxExpression*>(node), block);
-  else if (kind == vnxpools::kInstructions) vnxpools::instructions.releaseExact(static_cast<vnxInstruction*>(node), block);
-  else vnxpools::nodes.releaseExact(node, block);
+  freeSlot(node);
 }
 
 void vnxSyntaxe::Release() {

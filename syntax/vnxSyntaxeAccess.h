@@ -13,6 +13,14 @@ struct vnxSyntaxeAccess {
   static void dropHold(vnxSyntaxe* node);
   // Frees a node whose last hold is gone: what it holds, then its slot.
   static void bury(vnxSyntaxe* node);
+  // The same for a pooled node without children, and the last step of both:
+  // its child array and its slot (defined with the release walk).
+  static void buryLeaf(vnxSyntaxe* node);
+  static void freeSlot(vnxSyntaxe* node);
+  // dropHold for a child of a node being freed: a pooled child left without
+  // any hold and without children of its own is freed at once, without a
+  // turn through the release under way.
+  static void dropChildHold(vnxSyntaxe* node);
   // Whether node came from one of the library's pools.
   static bool pooled(const vnxSyntaxe* node) { return node->_poolKind != 0; }
 

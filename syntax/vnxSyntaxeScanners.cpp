@@ -155,6 +155,15 @@ inline void keepParenthesis(MatchMemo& memo, int open, int close, unsigned mixed
   memo.levels[static_cast<size_t>(close)] = 0;
 }
 
+// The characters at which each forward walk stops; it steps over all others.
+enum : unsigned char { kBlockStop = 1, kParStop = 2, kIndexStop = 4 };
+
+// Most parentheses hold nothing the parenthesis walk stops at but their
+// closing one (f(x, y), Handle(Geom_Curve)): the first stop after `at` tells,
+// and the walk's answers are kept without its set-up. Answers that closing
+// offset as the walk would, or -1 when the text needs the whole walk.
+int plainParenthesisEnd(const char* s, int at, int bound);
+
 // The walk from `at` (a bracket of its kind) at this nesting, through the
 // memo when the stream is the one being built.
 int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool forward) {
@@ -166,6 +175,13 @@ int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool fo
   if (keptAnswer(memo, at, nesting, forward, bound, end)) {
     noteLevels(memo, at, nesting);
     return end;
+  }
+  if (forward && kind == Closer::Par && nesting <= kMaxBracketNesting) {
+    const int close = plainParenthesisEnd(s, at, bound);
+    if (close >= 0) {
+      if (nesting > memo.deepest) memo.deepest = nesting;
+      return close;
+    }
   }
   const int outerDeepest = memo.deepest;
   const unsigned capHits = memo.capHits;
@@ -196,9 +212,6 @@ inline void setMessage(const char* message) {
   ++gMemo->messages;
 }
 
-// The characters at which each forward walk stops; it steps over all others.
-enum : unsigned char { kBlockStop = 1, kParStop = 2, kIndexStop = 4 };
-
 struct ForwardClasses {
   unsigned char of[256] = {};
   ForwardClasses() {
@@ -223,6 +236,27 @@ inline unsigned char forwardMask(Closer kind) {
 const vnxtreebytes::ByteSet<9> kBlockStops(kForwardClasses.of, kBlockStop);
 const vnxtreebytes::ByteSet<8> kParStops(kForwardClasses.of, kParStop);
 const vnxtreebytes::ByteSet<7> kIndexStops(kForwardClasses.of, kIndexStop);
+
+int plainParenthesisEnd(const char* s, int at, int bound) {
+  int i = at + 1;
+  for (;; ++i) {
+    // Past bound, the NUL that ends the stream being built stops the scan.
+    i = kParStops.skipForward(s, i, bound);
+    while (!(forwardClass(s[i]) & kParStop)) ++i;
+    // An L is a letter here: a wide literal's quote, right after it, stops
+    // the scan next.
+    if (s[i] != 'L') break;
+  }
+  if (i > bound || s[i] != ')') return -1;
+  // What the walk keeps for a parenthesis it closed without going deeper or
+  // meeting a literal or bracket: the forward answer, the backward one for
+  // the closing parenthesis, no nesting below either.
+  MatchMemo& memo = *gMemo;
+  setEntry(memo, at, i + 1);
+  memo.levels[static_cast<size_t>(at)] = 0;
+  keepParenthesis(memo, at, i, memo.mixed);
+  return i;
+}
 
 // Skips whole chunks of [i, limit] that hold no stop of kind.
 inline int skipToForwardStop(Closer kind, const char* s, int i, int limit) {

@@ -188,6 +188,12 @@ inline int skipWordsInText(const char* s, int i, int last, int readable) {
   return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, false); });
 }
 
+// The same with ' ' passed over as well: the first offset of [i, last] that
+// is neither a word character nor ' ', or where the scalar walk goes on.
+inline int skipWordsAndSpacesInText(const char* s, int i, int last, int readable) {
+  return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, true); });
+}
+
 // skipWordsBackward for short ranges too: reads whole chunks below lowest,
 // down to offset 0 of s (which must be readable from 0 to i), and ignores
 // what lies below lowest.
