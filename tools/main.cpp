@@ -85,6 +85,10 @@ static void keepFreedMemory() {
 #if defined(__GLIBC__)
   mallopt(M_MMAP_THRESHOLD, 32 << 20);
   mallopt(M_TRIM_THRESHOLD, 256 << 20);
+  // The file-buffer pool's reader thread allocates the texts the main thread
+  // frees: in one arena they are reused at once, where an arena of the
+  // reader's own would hold a second peak of its own.
+  mallopt(M_ARENA_MAX, 1);
 #endif
 }
 
