@@ -42,10 +42,11 @@ class vnxBranchMemo {
 
   // The number of newlines from working position `from` to `to` and the
   // column of `to`, from the raw tables; false when either position is not
-  // a raw one.
+  // a raw one, or when the pass blanked part of the text between (its
+  // newlines are gone from the working text).
   bool rawLinesBetween(int from, int to, unsigned int& lines, unsigned int& column) const {
     const int a = from - _delta, b = to - _delta;
-    if (from < _rawFrom || !_lines || a < 0 || b < a || b >= _rawSize) return false;
+    if (from < _rawFrom || !_lines || a < 0 || b < a || b >= _rawSize || blankedWithin(a, b)) return false;
     lines = _lines[b] - _lines[a];
     column = _columns[b];
     return true;
@@ -67,11 +68,7 @@ class vnxBranchMemo {
     if (rawEnd < 0) return -1;
     // A text blanked ahead of the scan after the walk was recorded: the
     // entry holds if its walk stayed clear of every such stretch.
-    for (auto it = _blanked.rbegin(); it != _blanked.rend(); ++it) {
-      if (it->second < rawStart) continue;
-      if (it->first <= rawEnd) return -1;
-      break;  // the stretches further on lie beyond this one
-    }
+    if (blankedWithin(rawStart, rawEnd)) return -1;
     return rawEnd + _delta;
   }
 
@@ -165,6 +162,15 @@ class vnxBranchMemo {
   };
   Ends _ends;
   std::vector<std::pair<int, int>> _blanked;  // raw stretches blanked ahead, furthest first
+
+  // Whether a stretch blanked ahead of the scan meets raw positions [a, b].
+  bool blankedWithin(int a, int b) const {
+    for (auto it = _blanked.rbegin(); it != _blanked.rend(); ++it) {
+      if (it->second < a) continue;
+      return it->first <= b;  // the stretches further on lie beyond this one
+    }
+    return false;
+  }
 };
 
 #endif

@@ -379,7 +379,7 @@ int vnxPreproDirectiveConditional::findBranch(const char* text) {
   begin.step(text);
   Cursor end = afterDirective;
   unsigned int lines = 0, col = 0;
-  if (remembered && memo->rawLinesBetween(end.k, lastNewline, lines, col) && lines > 0) {
+  if (memo && memo->rawLinesBetween(end.k, lastNewline, lines, col) && lines > 0) {
     // From the raw text's tables: the branch is not read a second time.
     end = Cursor{lastNewline, end.line + lines, col};
   } else {

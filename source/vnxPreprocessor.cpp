@@ -325,6 +325,48 @@ inline bool staysPlain(char c, const char* out, const char* to, const char* from
   return from[1] != 'E';
 }
 
+#if defined(__SSE2__)
+// One bit per byte of chunk that may not simply continue a run of ordinary
+// characters: blanks (but the single spaces kept below), control and
+// non-ASCII bytes, DEL, the characters that start folds, literals, comments,
+// directives and continuations, and the look-around ones (decided one at a
+// time, as a rare exit).
+inline unsigned int runBreaks(__m128i chunk) {
+  // c + 1 wraps DEL to -128: one signed compare catches DEL, the bytes above
+  // it and everything up to the space.
+  __m128i breaks = _mm_cmplt_epi8(_mm_add_epi8(chunk, _mm_set1_epi8(1)), _mm_set1_epi8(34));
+  for (const char stop : {'}', '\'', '"', '/', '#', '\\', 'l', ')', 'Z', 'S'})
+    breaks = _mm_or_si128(breaks, _mm_cmpeq_epi8(chunk, _mm_set1_epi8(stop)));
+  const unsigned int stops = static_cast<unsigned int>(_mm_movemask_epi8(breaks));
+  // A single space between two words stays in the run, as the full loop
+  // would keep it: not after a character that drops the blank after it, nor
+  // before one that drops the blank before it. A space at either end of the
+  // chunk is left to the full loop, which sees both its neighbours.
+  const __m128i opensOrSeparates = _mm_or_si128(
+      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('(')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(','))),
+      _mm_cmpeq_epi8(chunk, _mm_set1_epi8(';')));
+  const unsigned int noBlankAfter = static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(
+      opensOrSeparates,
+      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('>')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('{'))))));
+  const unsigned int noBlankBefore = static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(
+      _mm_or_si128(opensOrSeparates, _mm_cmpeq_epi8(chunk, _mm_set1_epi8('-'))),
+      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('*')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(':'))))));
+  const unsigned int spaces = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, _mm_set1_epi8(' '))));
+  const unsigned int keptSpaces =
+      spaces & ~((stops | noBlankAfter) << 1) & ~((stops | noBlankBefore) >> 1) & 0x7FFEU;
+  return stops & ~keptSpaces;
+}
+
+// One bit per output place to, to + 1, ... to + 15 that has "ex" nine places
+// before it, where the full loop must look for "extern". The sixteen bytes
+// from to are already written; out[to - 9] must exist.
+inline unsigned int externBreaks(const char* to) {
+  const __m128i e = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(to - 9)), _mm_set1_epi8('e'));
+  const __m128i x = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(to - 8)), _mm_set1_epi8('x'));
+  return static_cast<unsigned int>(_mm_movemask_epi8(_mm_and_si128(e, x)));
+}
+#endif
+
 // Offset of the first character from i on (before end) that is not a
 // skipped blank. Indentation and alignment are long runs of spaces: they are
 // stepped over sixteen at a time where the machine has 128-bit vectors.
@@ -384,15 +426,42 @@ int vnxPreprocessor::copyRun(int i, const int end) {
       char* to = out + length;
       int* mapTo = map + length;
       int position = i + base;
-      do {
+      for (;;) {
         *to++ = c;
         *mapTo++ = kInExpansion ? base : position;
         ++position;
         if (++from == stop) break;
+#if defined(__SSE2__)
+        // Sixteen characters at a time: copy the chunk and its map whole,
+        // then keep only the part before the first character that needs a
+        // look. The room is there: the run writes at most one character per
+        // character read, and sixteen remain to be read.
+        while (stop - from >= 16 && to - out >= 9) {
+          const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+          _mm_storeu_si128(reinterpret_cast<__m128i*>(to), chunk);
+          const __m128i first = kInExpansion ? _mm_set1_epi32(base) : _mm_add_epi32(_mm_set1_epi32(position),
+                                                                                    _mm_set_epi32(3, 2, 1, 0));
+          const __m128i four = kInExpansion ? _mm_setzero_si128() : _mm_set1_epi32(4);
+          __m128i places = first;
+          for (int q = 0; q < 16; q += 4) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(mapTo + q), places);
+            places = _mm_add_epi32(places, four);
+          }
+          const int kept = __builtin_ctz(runBreaks(chunk) | externBreaks(to) | 0x10000U);
+          from += kept;
+          to += kept;
+          mapTo += kept;
+          position += kept;
+          if (kept < 16) break;
+        }
+        if (from == stop) break;
+#endif
         c = *from;
-      } while ((continuesRun(kScan.kind[static_cast<unsigned char>(c)]) ||
-                (kScan.kind[static_cast<unsigned char>(c)] == kLookAround && staysPlain(c, out, to, from))) &&
-               !(to >= out + 9 && to[-9] == 'e' && to[-8] == 'x'));
+        if (!((continuesRun(kScan.kind[static_cast<unsigned char>(c)]) ||
+               (kScan.kind[static_cast<unsigned char>(c)] == kLookAround && staysPlain(c, out, to, from))) &&
+              !(to >= out + 9 && to[-9] == 'e' && to[-8] == 'x')))
+          break;
+      }
       i = static_cast<int>(from - work);
       length = static_cast<int>(to - out);
       continue;

@@ -223,13 +223,20 @@ namespace {
 // raw characters are at most one line apart, so the rises along the run are
 // the difference of the lines at its two ends: only the run's ends are looked
 // up, and the run's end is found four entries at a time.
-int countCodeLines(const int* map, int count, const unsigned int* lines) {
+//
+// Every entry it looks up is first checked against [0, rawSize): a run whose
+// two ends lie in the file lies in it whole, so the checks cover the map.
+// Answers -1, having read no table entry outside the file, when an entry
+// lies outside.
+int countCodeLines(const int* map, int count, const unsigned int* lines, unsigned int rawSize) {
   if (count <= 0) return 0;
+  if (static_cast<unsigned int>(map[0]) >= rawSize) return -1;
   unsigned int previous = lines[map[0]];
   int codeLines = previous != 0 ? 1 : 0;
   int k = 1;
   while (k < count) {
     if (map[k] != map[k - 1] + 1) {
+      if (static_cast<unsigned int>(map[k]) >= rawSize) return -1;
       const unsigned int line = lines[map[k]];
       codeLines += line > previous ? 1 : 0;
       previous = line;
@@ -253,6 +260,7 @@ int countCodeLines(const int* map, int count, const unsigned int* lines) {
     }
 #endif
     while (j < count && map[j] == map[j - 1] + 1) ++j;
+    if (static_cast<unsigned int>(map[j - 1]) >= rawSize) return -1;
     const unsigned int line = lines[map[j - 1]];
     codeLines += static_cast<int>(line - previous);
     previous = line;
@@ -268,33 +276,23 @@ void vnxSourceFile::countLines() {
   _nbLine = 0;
   const int size = _preProcessedStreamSize;
   if (!_lineTable || !_positionMap || size <= 0) return;
-  // The range check first, in a loop without exits that the compiler turns
-  // into vector code; the count then runs without a branch per character.
-  // A position outside the file stops the count there.
   const int* map = _positionMap;
   const unsigned int rawSize = static_cast<unsigned int>(_rawSize);
-  // The top bit of (last - p) | p is set exactly when p is outside [0, last]
-  // (unsigned, so that no difference overflows).
-  const unsigned int lastRaw = static_cast<unsigned int>(_rawSize - 1);
-  unsigned int signs = 0;
-  for (int k = 0; k < size; ++k) {
-    const unsigned int p = static_cast<unsigned int>(map[k]);
-    signs |= (lastRaw - p) | p;
-  }
-  const bool outside = (signs >> 31) != 0;
-  int counted = size;
-  if (outside) {
-    counted = 0;
-    while (static_cast<unsigned int>(map[counted]) < rawSize) ++counted;
-  }
-  _nbCodeLine = countCodeLines(map, counted, _lineTable);
-  if (outside) {
-    vnxdiag::error(ZELString("Problem in processing of file ") + _name);
-    vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
-                   toString(_rawSize) + ", posInRawStream=" + toString(map[counted]) + "]");
+  // The count checks the positions it reads, which is enough for a map that
+  // lies in the file, the usual case.
+  const int codeLines = countCodeLines(map, size, _lineTable, rawSize);
+  if (codeLines >= 0) {
+    _nbCodeLine = codeLines;
+    _nbLine = static_cast<int>(_lineTable[_positionMap[size - 1]]);
     return;
   }
-  _nbLine = static_cast<int>(_lineTable[_positionMap[size - 1]]);
+  // A position outside the file stops the count there.
+  int counted = 0;
+  while (static_cast<unsigned int>(map[counted]) < rawSize) ++counted;
+  _nbCodeLine = countCodeLines(map, counted, _lineTable, rawSize);
+  vnxdiag::error(ZELString("Problem in processing of file ") + _name);
+  vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
+                 toString(_rawSize) + ", posInRawStream=" + toString(map[counted]) + "]");
 }
 
 int vnxSourceFile::GetPos(int pos, int& line, int& col) const {
