@@ -220,6 +220,7 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
       ++compared;
     }
     EXPECT_GE(compared, 4) << text;
+    for (int k = 1; k <= directives.Size(); ++k) directives[k]->Release();  // the list's references
     source->Release();
   }
 }
