@@ -157,7 +157,9 @@ void vnxComment::resetComment() {
 
 int vnxComment::record(const char* text, int pos, int size, int line, int col, unsigned int endLine,
                        unsigned int endCol, int outPos) {
-  resetComment();
+  // A comment is built once, fresh from its pool: there is nothing to free,
+  // and every field is written below.
+  if (_commentString || _lineTable || _colTable) resetComment();
   char* copy = vnxtext::copy(text + pos, size);
   if (!copy) return 1;
   _commentString = copy;

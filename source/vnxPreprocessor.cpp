@@ -622,28 +622,60 @@ vnxPreprocessor::Next vnxPreprocessor::tryExpand(int& i) {
 // --- comments ------------------------------------------------------------------
 
 // Comments leave no trace in the stream, not even a blank: the text on both
-// sides joins.
+// sides joins. A line comment followed, past the newline and indentation, by
+// another one is chained here: runs of "//" lines are most of a documented
+// header, and the scan loop would take each newline, each indentation and
+// each comment start through its full dispatch.
 vnxPreprocessor::Next vnxPreprocessor::handleComment(int& i) {
-  const int r = rawPosition(i);
-  const bool block = _work[i + 1] == '*';
-  vnxComment* comment = block ? static_cast<vnxComment*>(vnxCComment::create(&_file))
-                              : static_cast<vnxComment*>(vnxCppComment::create(&_file));
-  if (!comment) return kContinue;
-  if (comment->build(_work, i, lineOf(r), colOf(r), _outLength) != 0) {
-    comment->Release();
-    return kContinue;
+  for (;;) {
+    const int r = rawPosition(i);
+    const bool block = _work[i + 1] == '*';
+    vnxComment* comment = block ? static_cast<vnxComment*>(vnxCComment::create(&_file))
+                                : static_cast<vnxComment*>(vnxCppComment::create(&_file));
+    if (!comment) return kContinue;
+    if (comment->build(_work, i, lineOf(r), colOf(r), _outLength) != 0) {
+      comment->Release();
+      return kContinue;
+    }
+    // The raw position of the comment's last character (-1 for an empty one).
+    const int size = comment->getCommentStringSize();
+    const int end = size > 0 ? comment->getBeginPosInRawStream() + size - 1 : -1;
+    _file.addComment(comment);
+    if (end < i) {
+      if (block) vnxdiag::error(ZELString("File ") + _file._name + " is too long.");
+      return kContinue;
+    }
+    i = end;
+    if (_work[i] == '\0' || _work[i + 1] == '\0') return kStop;
+    if (block || !toNextLineComment(i)) return kContinue;
   }
-  // The raw position of the comment's last character (-1 for an empty one).
-  const int size = comment->getCommentStringSize();
-  const int end = size > 0 ? comment->getBeginPosInRawStream() + size - 1 : -1;
-  _file.addComment(comment);
-  if (end < i) {
-    if (block) vnxdiag::error(ZELString("File ") + _file._name + " is too long.");
-    return kContinue;
+}
+
+// From the last character i of a line comment: when only blanks and at least
+// one newline stand between it and the next "//", does to them what the scan
+// loop would (at most one blank reaches the output, the line's first
+// non-blank character becomes that slash) and moves i to the slash. Anything
+// else is left untouched for the scan loop.
+bool vnxPreprocessor::toNextLineComment(int& i) {
+  const int from = i + 1;
+  if (_regionActive || _work[from] != '\n') return false;
+  int k = from + 1;
+  while (_work[k] != '\0' && isBlank(_work[k])) ++k;
+  if (_work[k] != '/' || _work[k + 1] != '/') return false;
+  // A macro occurrence in the stretch, or on the slash, needs the loop.
+  advanceCursor(from - _delta);
+  if (_cursorPosition >= 0 && _cursorPosition <= k - _delta) return false;
+  // A continuation's backslash before the newline leaves the output there.
+  if (last() == '\\') return false;
+  if (_outLength > 0 && !isBlank(last()) && !dropsBlankAfter(last())) {
+    // The blank written for the newline could complete "extern": the loop
+    // decides.
+    if (_outLength >= 9 && _out[_outLength - 9] == 'e' && _out[_outLength - 8] == 'x') return false;
+    emit(' ', from - _delta);
   }
-  i = end;
-  if (_work[i] == '\0' || _work[i + 1] == '\0') return kStop;
-  return kContinue;
+  _firstNonBlank = '/';
+  i = k;
+  return true;
 }
 
 // --- directives ------------------------------------------------------------------

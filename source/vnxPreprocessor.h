@@ -60,6 +60,7 @@ class vnxPreprocessor {
   Next tryExpand(int& i);
   bool replaceWork(int i, int replaced, const char* replacement, int length);
   Next handleComment(int& i);
+  bool toNextLineComment(int& i);
   Next handleDirective(int& i);
   Next handleConditionalGroup(int& i);
   void noteBlankedAhead(int from, int to, int i);
