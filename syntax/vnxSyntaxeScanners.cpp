@@ -91,6 +91,10 @@ struct MatchMemo {
   unsigned messages = 0;  // messages set by the walks, ever
   std::vector<int> openInner;  // inner brackets open in the walks under way
   std::vector<unsigned> openMixed;  // mixed at each forward inner opening
+  // The macro registry had no statement macro when the build under way last
+  // asked. Nothing a build does defines macros, so the (empty) answer stands
+  // until the build ends, however often a Release empties the list.
+  bool noStatementMacros = false;
 };
 
 MatchMemo* const gMemo = new MatchMemo;  // never destroyed: no order to mind at exit
@@ -164,9 +168,13 @@ enum : unsigned char { kBlockStop = 1, kParStop = 2, kIndexStop = 4 };
 // offset as the walk would, or -1 when the text needs the whole walk.
 int plainParenthesisEnd(const char* s, int at, int bound);
 
+int walkAndKeep(Closer kind, const char* s, int at, int bound, int nesting, bool forward);
+
 // The walk from `at` (a bracket of its kind) at this nesting, through the
-// memo when the stream is the one being built.
-int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool forward) {
+// memo when the stream is the one being built. Most questions the builders
+// ask have their answer kept: that path is inlined into every caller, the
+// walk itself is not.
+inline int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool forward) {
   MatchMemo& memo = *gMemo;
   const bool kept = s == memo.stream && at >= 0 && at < memo.size && (forward ? bound < memo.size : bound >= 0) &&
                     s[at] == (forward ? openerOf(kind) : closerOf(kind));
@@ -176,6 +184,14 @@ int memoWalk(Closer kind, const char* s, int at, int bound, int nesting, bool fo
     noteLevels(memo, at, nesting);
     return end;
   }
+  return walkAndKeep(kind, s, at, bound, nesting, forward);
+}
+
+// memoWalk over the stream being built, for a bracket whose answer is not
+// kept yet (or not usable at this nesting).
+__attribute__((noinline)) int walkAndKeep(Closer kind, const char* s, int at, int bound, int nesting, bool forward) {
+  MatchMemo& memo = *gMemo;
+  int end = -1;
   if (forward && kind == Closer::Par && nesting <= kMaxBracketNesting) {
     const int close = plainParenthesisEnd(s, at, bound);
     if (close >= 0) {
@@ -233,9 +249,9 @@ inline unsigned char forwardMask(Closer kind) {
 }
 
 // The same stops, sixteen characters at a time.
-const vnxtreebytes::ByteSet<9> kBlockStops(kForwardClasses.of, kBlockStop);
-const vnxtreebytes::ByteSet<8> kParStops(kForwardClasses.of, kParStop);
-const vnxtreebytes::ByteSet<7> kIndexStops(kForwardClasses.of, kIndexStop);
+const vnxtreebytes::ByteSet<9, true> kBlockStops(kForwardClasses.of, kBlockStop);
+const vnxtreebytes::ByteSet<8, true> kParStops(kForwardClasses.of, kParStop);
+const vnxtreebytes::ByteSet<7, true> kIndexStops(kForwardClasses.of, kIndexStop);
 
 int plainParenthesisEnd(const char* s, int at, int bound) {
   int i = at + 1;
@@ -568,6 +584,7 @@ vnxscan::MatchMemoScope::MatchMemoScope(const char* stream, int size) {
   }
   memo.stream = stream;
   memo.size = size;
+  memo.noStatementMacros = false;
   _active = true;
 }
 
@@ -576,6 +593,7 @@ vnxscan::MatchMemoScope::~MatchMemoScope() {
   MatchMemo& memo = *gMemo;
   memo.stream = nullptr;
   memo.size = 0;
+  memo.noStatementMacros = false;
   for (const int at : memo.touched) memo.entries[static_cast<size_t>(at)] = 0;
   memo.touched.clear();
   // Kept for the next tree, unless a very large stream made them big.
@@ -850,7 +868,7 @@ struct InstructionStops {
 };
 
 const InstructionStops kInstructionStops;
-const vnxtreebytes::ByteSet<9> kInstructionStopSet(kInstructionStops.of, 1);
+const vnxtreebytes::ByteSet<9, true> kInstructionStopSet(kInstructionStops.of, 1);
 
 inline bool stopsInstruction(char c) { return kInstructionStops.of[static_cast<unsigned char>(c)] != 0; }
 
@@ -919,7 +937,10 @@ namespace {
 ZELListValZELString& statementMacros() {
   ZELListValZELString& list = vnxSyntaxeAccess::listMacro();
   if (list.Size() == 0) {
+    MatchMemo& memo = *gMemo;
+    if (memo.noStatementMacros) return list;
     vnxSourceFile::getMacroWithSemicolon(list);
+    if (list.Size() == 0 && memo.stream) memo.noStatementMacros = true;
     if (list.Size() > 1) wbUsefull::QuickSortZELString(list);
   }
   return list;

@@ -14,21 +14,40 @@
 namespace vnxtreebytes {
 
 // N values exactly: a fixed count lets the compiler unroll the tests.
-template <int N>
+// With WideL, one of them must be 'L', and an 'L' counts only when a quote
+// follows it: the scanners that stop at 'L' look for a wide literal there and
+// step over any other 'L', which is frequent in identifiers (QList, HANDLE).
+// Such a scanner then meets a lone 'L' only in its scalar tail.
+template <int N, bool WideL = false>
 class ByteSet {
  public:
   // The values c for which (classes[c] & mask) != 0. Unless there are exactly
-  // N of them the set stays unusable, and the scanner walks as before.
+  // N of them (one being 'L' with WideL) the set stays unusable, and the
+  // scanner walks as before.
   explicit ByteSet(const unsigned char (&classes)[256], unsigned char mask) {
     int count = 0;
+    int others = 0;  // values stored so far apart from a WideL 'L'
+    bool hasL = false;
     for (int c = 0; c < 256; ++c) {
       if (!(classes[c] & mask)) continue;
       if (count == N) return;
-#if defined(__SSE2__)
-      _values[count] = _mm_set1_epi8(static_cast<char>(c));
-#endif
       ++count;
+      // With WideL, 'L' goes last: hitsAt tests it apart from the others.
+      if (WideL && c == 'L') {
+        hasL = true;
+        continue;
+      }
+#if defined(__SSE2__)
+      _values[others] = _mm_set1_epi8(static_cast<char>(c));
+#endif
+      ++others;
     }
+    if (WideL && !hasL) return;
+#if defined(__SSE2__)
+    if (WideL) _values[N - 1] = _mm_set1_epi8('L');
+#else
+    (void)others;
+#endif
     _usable = count == N;
   }
 
@@ -38,7 +57,8 @@ class ByteSet {
   int skipForward(const char* s, int i, int limit) const {
 #if defined(__SSE2__)
     if (!_usable) return i;
-    while (i + 15 <= limit) {
+    // With WideL the character after the chunk is read too.
+    while (i + (WideL ? 16 : 15) <= limit) {
       const unsigned hits = hitsAt(s + i);
       if (hits) return i + __builtin_ctz(hits);
       i += 16;
@@ -52,6 +72,7 @@ class ByteSet {
 
   // The same backwards, down to lowest - 1. Never above i.
   int skipBackward(const char* s, int i, int lowest) const {
+    static_assert(!WideL, "a wide literal's L is found walking forward");
 #if defined(__SSE2__)
     if (!_usable) return i;
     while (i - 15 >= lowest) {
@@ -71,8 +92,19 @@ class ByteSet {
   unsigned hitsAt(const char* p) const {
     const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     __m128i any = _mm_cmpeq_epi8(chunk, _values[0]);
-    for (int k = 1; k < N; ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(chunk, _values[k]));
-    return static_cast<unsigned>(_mm_movemask_epi8(any));
+    for (int k = 1; k < (WideL ? N - 1 : N); ++k) any = _mm_or_si128(any, _mm_cmpeq_epi8(chunk, _values[k]));
+    unsigned hits = static_cast<unsigned>(_mm_movemask_epi8(any));
+    if (WideL) {
+      // The character after each 'L' is looked at only in chunks holding one.
+      unsigned letters = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, _values[N - 1])));
+      if (letters) {
+        const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
+        const __m128i quote =
+            _mm_or_si128(_mm_cmpeq_epi8(next, _mm_set1_epi8('"')), _mm_cmpeq_epi8(next, _mm_set1_epi8('\'')));
+        hits |= letters & static_cast<unsigned>(_mm_movemask_epi8(quote));
+      }
+    }
+    return hits;
   }
   __m128i _values[N];
 #endif

@@ -227,4 +227,11 @@ TEST(TreeBuild, StatementMacrosEndAnInstructionWithoutASemicolonUntilTheListIsRe
   checkRows({{"ZZ_END x;", "I(ZZ_END x)"}}, 0);  // the list is read again after the release
 }
 
+TEST(TreeBuild, StatementMacrosRegisteredBetweenTwoBuildsAreFoundByTheSecond) {
+  // The first build finds the registry empty and stops asking for the rest of it.
+  checkRows({{"ZZ_END x; ZZ_END y; { ZZ_END z; }", "I(ZZ_END x) I(ZZ_END y) B[I(ZZ_END z)]"}}, 0);
+  StatementMacros macros({"ZZ_END"});
+  checkRows({{"ZZ_END x; { ZZ_END z; }", "I(ZZ_END ) I(x) B[I(ZZ_END ) I(z)]"}}, 0);
+}
+
 }  // namespace

@@ -37,6 +37,24 @@ TEST(TreeChunkScan, BracketWalksStopAtEveryOffsetOfAChunk) {
   }
 }
 
+// An 'L' stops the walks only before a quote (a wide literal), and the quote may lie in the next chunk.
+TEST(TreeChunkScan, WideLiteralsAreJumpedAndOtherLettersLPassedAtEveryOffsetOfAChunk) {
+  for (int n = 0; n <= kLongest; ++n) {
+    const std::string lone = std::string(static_cast<size_t>(n), 'L');
+    const std::string par = "(" + lone + filler(n) + "L\")\"L)" + filler(20);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(par.c_str(), 0, lastOf(par)), 2 * n + 6) << par;
+    const std::string block = "{" + filler(n) + lone + "L'}'L}" + filler(17);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPBloc(block.c_str(), 0, lastOf(block), 0), 2 * n + 6) << block;
+    const std::string instruction = lone + filler(n) + "L\";\"L;" + filler(20);
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(instruction.c_str(), 0, lastOf(instruction), 0, 0), 2 * n + 5)
+        << instruction;
+    const std::string open = "(" + filler(n) + "L\"" + lone + filler(20) + ")";
+    vnxSyntaxe::ErrMsg = "";  // only the wide literal's own rule sets this message
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(open.c_str(), 0, lastOf(open)), 0) << open;
+    EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Missing \"") << open;
+  }
+}
+
 TEST(TreeChunkScan, InstructionEndIsFoundAtEveryOffsetOfAChunk) {
   for (int n = 0; n <= kLongest; ++n) {
     const std::string plain = filler(n) + ";" + filler(20);
