@@ -96,6 +96,7 @@ void release(char* block, size_t size) {
 }
 
 char* copy(const char* text, int length) {
+  if (length < 0) length = 0;  // a caller's slip costs an empty text, not a write before the block
   const size_t size = static_cast<size_t>(length) + 1;
   char* block = allocate(size);
   if (!block) return nullptr;
