@@ -112,10 +112,8 @@ class ByteSet {
 };
 
 // Word characters (ASCII letters, digits, '_') and, when withSpace, ' ':
-// the characters most scanners pass over. Like ByteSet's, these skip whole
-// chunks only; they answer the first (last) offset of the first chunk that
-// holds another character, or where the scalar walk goes on, which may be
-// limit + 1 (lowest - 1) when every chunk was skipped.
+// the characters most scanners pass over. One bit per byte of the sixteen at
+// p that is none of them.
 #if defined(__SSE2__)
 inline unsigned otherThanWordsAt(const char* p, bool withSpace) {
   const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -128,36 +126,6 @@ inline unsigned otherThanWordsAt(const char* p, bool withSpace) {
   return ~static_cast<unsigned>(_mm_movemask_epi8(word)) & 0xFFFFu;
 }
 #endif
-
-inline int skipWordsForward(const char* s, int i, int limit, bool withSpace) {
-#if defined(__SSE2__)
-  while (i + 15 <= limit) {
-    const unsigned others = otherThanWordsAt(s + i, withSpace);
-    if (others) return i + __builtin_ctz(others);
-    i += 16;
-  }
-#else
-  (void)s;
-  (void)limit;
-  (void)withSpace;
-#endif
-  return i;
-}
-
-inline int skipWordsBackward(const char* s, int i, int lowest, bool withSpace) {
-#if defined(__SSE2__)
-  while (i - 15 >= lowest) {
-    const unsigned others = otherThanWordsAt(s + i - 15, withSpace);
-    if (others) return i - 15 + (31 - __builtin_clz(others));
-    i -= 16;
-  }
-#else
-  (void)s;
-  (void)lowest;
-  (void)withSpace;
-#endif
-  return i;
-}
 
 // The first offset of [i, last] whose byte the mask of its chunk marks
 // (marks(p) gives one bit per byte of the sixteen at p), reading chunks while
@@ -213,8 +181,7 @@ inline int skipToShapeStop(const char* s, int i, int last, int readable) {
   return firstMarkedInText(s, i, last, readable, shapeStopsAt);
 }
 
-// skipWordsForward for short ranges too: the first offset of [i, last] that
-// is no word character, or where the scalar walk goes on (last + 1 when the
+// The first offset of [i, last] that is no word character, or where the scalar walk goes on (last + 1 when the
 // whole range was words).
 inline int skipWordsInText(const char* s, int i, int last, int readable) {
   return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, false); });
@@ -226,9 +193,10 @@ inline int skipWordsAndSpacesInText(const char* s, int i, int last, int readable
   return firstMarkedInText(s, i, last, readable, [](const char* p) { return otherThanWordsAt(p, true); });
 }
 
-// skipWordsBackward for short ranges too: reads whole chunks below lowest,
-// down to offset 0 of s (which must be readable from 0 to i), and ignores
-// what lies below lowest.
+// Backwards from i: the last offset of [lowest, i] that is no word character
+// (nor ' ' with withSpace), lowest - 1 when there is none, or where the scalar
+// walk goes on. Reads whole chunks below lowest, down to offset 0 of s (which
+// must be readable from 0 to i), and ignores what lies below lowest.
 inline int skipWordsBackwardInText(const char* s, int i, int lowest, bool withSpace) {
 #if defined(__SSE2__)
   while (i >= lowest && i >= 15) {
