@@ -1,11 +1,17 @@
-// ZELString's clipping rules and ZELUnicodeString's UTF-8 handling.
+// ZELString's clipping rules, ZELUnicodeString's UTF-8 handling, the output streams' targets
+// and the fatal-error report.
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <iostream>
+#include <sstream>
 #include <string>
+#include <vector>
 
+#include "TAFatalError.h"
 #include "ZELString.h"
 #include "ZELUnicodeString.h"
+#include "wbStream.h"
 
 namespace {
 
@@ -24,7 +30,7 @@ TEST(PlatformString, SubStringAndRemoveTailClipToTheString) {
   EXPECT_EQ(1, t.IsNull());
 }
 
-TEST(PlatformString, EmbeddedNulsCountInTheLengthButCutTheCStringView) {
+TEST(PlatformString, EmbeddedNulsCountInTheLengthButCutTheCStringViewAndBytesCompareUnsigned) {
   const ZELString s("a\0b", 3);
   EXPECT_EQ(3, s.GetLengthInChar());
   EXPECT_STREQ("a", s.CastToCharPtr());
@@ -34,9 +40,7 @@ TEST(PlatformString, EmbeddedNulsCountInTheLengthButCutTheCStringView) {
   EXPECT_STREQ("xy", built);
   const char* const none = nullptr;
   EXPECT_TRUE(ZELString() == none && ZELString(none, 5).GetLengthInChar() == 0);
-}
-
-TEST(PlatformString, ComparisonAndNumbers) {
+  // Comparison, number conversion and concatenation.
   EXPECT_LT(ZELString("ab").Compare(ZELString("b")), 0);
   EXPECT_GT(ZELString("\xC3").Compare(ZELString("z")), 0);  // bytes compare unsigned
   EXPECT_TRUE(ZELString("a") < ZELString("ab"));
@@ -74,6 +78,50 @@ TEST(PlatformUnicodeString, InvalidUtf8BytesAreTakenAsLatin1) {
     // Converting back gives valid UTF-8 of those Latin-1 characters.
     EXPECT_TRUE(ZELUnicodeString(u.ConvertToChar()) == u);
   }
+}
+
+TEST(PlatformStream, RetargetingNestsAndNullRestoresTheOriginalStream) {
+  std::ostringstream first, second;
+  EXPECT_EQ(&std::cout, wbStdout.setTarget(&first));
+  wbStdout << "a" << 1 << ' ' << -2L << ' ' << 3u << ' ' << 4ul << ' ' << 5ll << ' ' << 1.5 << ' '
+           << ZELString("z") << static_cast<const char*>(nullptr) << endl;
+  EXPECT_EQ(&first, wbStdout.setTarget(&second));
+  wbStdout << "b";
+  EXPECT_EQ(&second, wbStdout.setTarget(nullptr));
+  EXPECT_TRUE(wbStdout.getTarget() == &std::cout && second.str() == "b");
+  // Each stream keeps its own target.
+  std::ostringstream errors;
+  std::ostream* previous = wbStderr.setTarget(&errors);
+  wbStderr << "e";
+  wbStdout.setTarget(&first);
+  wbStdout << "o";
+  wbStderr.setTarget(previous), wbStdout.setTarget(nullptr);
+  EXPECT_EQ("e", errors.str());
+  EXPECT_EQ("a1 -2 3 4 5 1.5 z\no", first.str());
+}
+
+std::vector<std::string>* gReceived = nullptr;
+void recordMessage(const char* message) { gReceived->push_back(message); }
+
+TEST(PlatformFatalError, ReportsOnlyWhenTheConditionHoldsAndCallsTheHandler) {
+  std::vector<std::string> received;
+  gReceived = &received;
+  std::ostringstream errors;
+  std::ostream* previousStream = wbStderr.setTarget(&errors);
+  TAFatalErrorHandler previousHandler = TASetFatalErrorHandler(recordMessage);
+  const int before = TAFatalErrorCount();
+
+  EXPECT_TRUE(TAFatalError(0, "quiet") == 0 && TAFatalError(7, "broken invariant") == 7 && TAFatalError(1, nullptr) == 1);
+
+  EXPECT_EQ(recordMessage, TASetFatalErrorHandler(previousHandler));
+  TAFatalError(1, "after the handler is gone");
+  wbStderr.setTarget(previousStream);
+
+  EXPECT_EQ(before + 3, TAFatalErrorCount());
+  EXPECT_EQ(std::vector<std::string>({"broken invariant", ""}), received);
+  EXPECT_EQ("# FATAL ERROR: broken invariant\n# FATAL ERROR: \n# FATAL ERROR: after the handler is gone\n",
+            errors.str());
+  gReceived = nullptr;
 }
 
 }  // namespace

@@ -1,7 +1,14 @@
-// Comments: where block and line comments end, each character's place, comments from a string, their pools.
+// Comments: where they end, each character's place, comments from a string, tags, pools, the text store.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "../../source/vnxTextStore.h"
 #include "directive_test_support.h"
 #include "vnxCComment.h"
+#include "vnxCommentAnalyzer.h"
 #include "vnxCppComment.h"
+#include "vnxZELPreproDirective.h"
 
 namespace {
 
@@ -14,13 +21,8 @@ void expectPlacesCountedOverText(vnxComment* c) {
 }
 
 TEST(CommentSpan, CommentsEndWhereTheirKindSaysAndKnowEveryCharactersPlace) {
-  struct Case {
-    bool lineComment;
-    const char* text;
-    int pos, line, col;
-    const char* expected;  // null: the build fails
-    unsigned endLine, endCol;
-  };
+  // expected null: the build fails.
+  struct Case { bool lineComment; const char* text; int pos, line, col; const char* expected; unsigned endLn, endCol; };
   const Case cases[] = {
       {false, "/* a */ int x;", 0, 1, 1, "/* a */", 1, 7}, {false, "/* a\n  b */x", 0, 1, 1, "/* a\n  b */", 2, 6},
       {false, "/**/", 0, 1, 1, "/**/", 1, 4}, {false, "/* open\nto the end", 0, 1, 1, "/* open\nto the end", 2, 10},
@@ -45,7 +47,7 @@ TEST(CommentSpan, CommentsEndWhereTheirKindSaysAndKnowEveryCharactersPlace) {
     if (t.expected) {
       EXPECT_EQ(std::string(t.expected), c->getCommentString());
       EXPECT_EQ(4, c->getOutputPosition());
-      EXPECT_EQ(t.endLine, c->getEndLineInRawStream());
+      EXPECT_EQ(t.endLn, c->getEndLineInRawStream());
       EXPECT_EQ(t.endCol, c->getEndColInRawStream());
     }
     expectPlacesCountedOverText(c);
@@ -76,21 +78,123 @@ TEST(CommentFromString, TheWholeStringBecomesTheCommentAtTheGivenPlace) {
 
 TEST(CommentPool, EachKindTakesItsOwnBlocksAndGivesThemBackWhenAllAreReleased) {
   ASSERT_EQ(0, vnxCComment::getPoolLiveCount());
-  std::vector<vnxComment*> blocks;
-  for (int i = 0; i < 1025; ++i) blocks.push_back(vnxCComment::create(nullptr));
   vnxComment* line = vnxCppComment::create(nullptr);
-  EXPECT_EQ(2, vnxCComment::getPoolBlockCount());
+  expectPoolBlocksOf1024FreedWithTheirLast<vnxCComment>();
   EXPECT_EQ(1, vnxCppComment::getPoolLiveCount());
-  EXPECT_EQ(2, blocks[0]->AddRef());
-  for (int i = 0; i < 1024; ++i) blocks[i]->Release();
-  EXPECT_EQ(2, vnxCComment::getPoolLiveCount());  // the referenced first one stays
-  EXPECT_EQ(2, vnxCComment::getPoolBlockCount());
-  blocks[0]->Release();
-  EXPECT_EQ(1, vnxCComment::getPoolBlockCount());
-  blocks[1024]->Release();
   line->Release();
-  EXPECT_EQ(0, vnxCComment::getPoolLiveCount() + vnxCppComment::getPoolLiveCount());
-  EXPECT_EQ(0, vnxCComment::getPoolBlockCount() + vnxCppComment::getPoolBlockCount());
+  EXPECT_EQ(0, vnxCppComment::getPoolLiveCount() + vnxCppComment::getPoolBlockCount());
+}
+
+TEST(CommentTag, ATagGivesTheRestOfItsLineWithoutTheClosingMarker) {
+  const char* const kNone = nullptr;
+  // status and value: of getTagValue; values: of getTagValues.
+  struct Case { const char* comment; const char* tag; int status; const char* value; std::vector<std::string> values; };
+  const std::vector<Case> cases = {
+      {"/* owner alpha */", "owner", 0, "alpha ", {"alpha "}}, {"// owner: x", "owner", 0, ": x", {": x"}},
+      {"// owner: x", "owner:", 0, "x", {"x"}}, {"// ownerX y", "owner", 1, kNone, {}},
+      {"// owner_y z", "owner", 1, kNone, {}}, {"// o_o o x", "o", 0, "o x", {"o x", "x"}},
+      {"/* xowner v */", "owner", 0, "v ", {"v "}},  // nothing is checked before the tag
+      {"/* owner\n * owner\tb */", "owner", 0, kNone, {"", "b "}}, {"/* owner v\r\n */", "owner", 0, "v\r", {"v\r"}},
+      {"/* owner */", "owner", 0, "*/", {"*/"}},  // only a value longer than the marker loses it
+      {"/* owner ab*/", "owner", 0, "ab", {"ab"}}, {"// owner abc*/", "owner", 0, "abc*/", {"abc*/"}},
+      {"// owner \t ", "owner", 0, kNone, {""}}, {"// owner x", "", 1, kNone, {}},
+      {"// owner x", nullptr, 1, kNone, {}},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(std::string(t.comment) + " / tag " + orNull(t.tag));
+    vnxComment* c = t.comment[1] == '/' ? static_cast<vnxComment*>(vnxCppComment::create(nullptr))
+                                        : static_cast<vnxComment*>(vnxCComment::create(nullptr));
+    c->build(t.comment, 0, 1, 1, 0);
+    vnxCommentAnalyzer analyzer(c);
+    char* value = nullptr;
+    EXPECT_EQ(t.status, analyzer.getTagValue(t.tag, value));
+    EXPECT_EQ(orNull(t.value), orNull(value));
+    std::free(value);
+    ZELListVal<ZELString> values;
+    values.Append(ZELString("kept"));
+    EXPECT_EQ(t.values.empty() ? 1 : 0, analyzer.getTagValues(t.tag, values));
+    std::vector<std::string> got;
+    for (int i = 2; i <= values.Size(); ++i) got.push_back(values[i].str());
+    EXPECT_EQ(t.values, got);
+    c->Release();
+  }
+}
+
+TEST(CommentTag, NoCommentOrAnEmptyOneFindsNothing) {
+  vnxComment* unbuilt = vnxCComment::create(nullptr);
+  for (vnxComment* c : {static_cast<vnxComment*>(nullptr), unbuilt}) {
+    char* value = nullptr;
+    ZELListVal<ZELString> values;
+    EXPECT_EQ(1, vnxCommentAnalyzer(c).getTagValue("owner", value));
+    EXPECT_EQ(nullptr, value);
+    EXPECT_EQ(1, vnxCommentAnalyzer(c).getTagValues("owner", values));
+    EXPECT_EQ(0, values.Size());
+  }
+  unbuilt->Release();
+}
+
+TEST(TextStore, BlocksOfEverySizeAreDistinctAndKeepTheirBytes) {
+  const int before = vnxtext::liveCount();
+  struct Taken { char* block; size_t size; };
+  std::vector<Taken> taken;
+  // Every size past the largest class, twice: classes hold blocks side by side, large texts take the other road.
+  for (int round = 0; round < 2; ++round)
+    for (size_t size = 1; size <= vnxtext::kLargest + 40; ++size) taken.push_back({vnxtext::allocate(size), size});
+  for (size_t i = 0; i < taken.size(); ++i) {
+    ASSERT_NE(nullptr, taken[i].block);
+    std::memset(taken[i].block, static_cast<int>(i % 251), taken[i].size);
+  }
+  for (size_t i = 0; i < taken.size(); ++i)
+    for (size_t b = 0; b < taken[i].size; ++b)
+      ASSERT_EQ(static_cast<char>(i % 251), taken[i].block[b]) << "block " << i << " was overwritten at " << b;
+  for (const Taken& t : taken) vnxtext::release(t.block, t.size);
+  EXPECT_EQ(before, vnxtext::liveCount());
+}
+
+TEST(TextStore, AGivenBackBlockServesTheNextTextOfItsClass) {
+  char* first = vnxtext::allocate(20);
+  vnxtext::release(first, 20);
+  char* again = vnxtext::allocate(30);  // the same sixteen-byte class
+  EXPECT_EQ(first, again);
+  char* other = vnxtext::allocate(40);  // the next class
+  EXPECT_NE(again, other);
+  vnxtext::release(again, 30);
+  vnxtext::release(other, 40);
+  vnxtext::release(nullptr, 10);  // ignored
+}
+
+TEST(TextStore, CopiesAreTerminatedAndEmptyTextsGetABlock) {
+  for (const std::string& text : {std::string(), std::string("abc"), std::string(vnxtext::kLargest * 3, 'x')}) {
+    char* copy = vnxtext::copy((text + "cdef").c_str(), static_cast<int>(text.size()));
+    ASSERT_NE(nullptr, copy);
+    EXPECT_EQ(text, copy);
+    vnxtext::release(copy, text.size() + 1);
+  }
+}
+
+TEST(TextStore, CommentsAndDirectivesGiveTheirTextsBackWhenReleasedOrRebuilt) {
+  const int before = vnxtext::liveCount();
+  vnxSourceFile* source = new vnxSourceFile(
+      "// one\n#include \"a.h\"\n#define A 1 /* two */\n#pragma once\nint x; // three \\\n more\n", nullptr,
+      TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  EXPECT_GT(vnxtext::liveCount(), before);
+  source->Release();
+  EXPECT_EQ(before, vnxtext::liveCount());
+
+  // A record built twice keeps one text.
+  vnxCppComment* comment = vnxCppComment::create(nullptr);
+  ASSERT_EQ(0, comment->build("// a\n", 0, 1, 1, 0));
+  ASSERT_EQ(0, comment->build("// longer text here\n", 0, 1, 1, 0));
+  EXPECT_STREQ("// longer text here", comment->getCommentString());
+  vnxZELPreproDirective* directive = vnxZELPreproDirective::create(nullptr);
+  ASSERT_EQ(0, directive->build("#pragma a\n", 0, 1, 1, 0));
+  ASSERT_EQ(0, directive->build("#pragma bb\n", 0, 1, 1, 0));
+  EXPECT_STREQ("#pragma bb", directive->getPreproString());
+  EXPECT_EQ(before + 2, vnxtext::liveCount());
+  comment->Release();
+  directive->Release();
+  EXPECT_EQ(before, vnxtext::liveCount());
 }
 
 }  // namespace

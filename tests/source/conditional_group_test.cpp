@@ -1,6 +1,7 @@
-// How a conditional group is read: its directives, each branch's bounds, the missing-#endif error, its dump.
+// Conditional groups: their directives, branch bounds (and memo), which branch is kept, errors, the dump.
 #include <gtest/gtest.h>
 
+#include "../../source/vnxBranchMemo.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
 #include "vnxPreproDirectiveConditional.h"
@@ -43,12 +44,7 @@ std::vector<std::string> directivesOf(vnxPreproConditionalGroup* group) {
 }
 
 TEST(ConditionalGroup, GroupShapesAreReadToTheirEndif) {
-  struct Case {
-    const char* text;
-    int pos, line, col;  // where the group starts
-    std::vector<std::string> directives;
-    int size;  // initial group size
-  };
+  struct Case { const char* text; int pos, line, col; std::vector<std::string> directives; int size; };
   const std::vector<Case> cases = {
       {"#if A\nx\n#else\ny\n#endif\nrest", 0, 1, 1, {"3 A|6:2:1-7:2:2", "5|14:4:1-15:4:2", "6|22:5:7-22:5:7"}, 23},
       // Indented directives, a group that does not start the text.
@@ -80,22 +76,20 @@ TEST(ConditionalGroup, GroupShapesAreReadToTheirEndif) {
     SCOPED_TRACE(c.text);
     ScopedSource file("t.h");
     StreamCapture capture;
-    vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(file.source, c.text, c.pos, c.line, c.col, 0);
-    ASSERT_NE(nullptr, group);
-    EXPECT_EQ(c.directives, directivesOf(group));
-    EXPECT_EQ(static_cast<int>(c.directives.size()), group->getConditionalDirectiveCount());
-    EXPECT_EQ(c.size, group->getInitialGroupSize());
-    EXPECT_EQ(place(c.pos, c.line, c.col), place(group->getBeginGroupPosInRawStream(),
-                                                 group->getBeginGroupLineInRawStream(),
-                                                 group->getBeginGroupColInRawStream()));
-    // The group ends where its #endif's line does.
-    const std::string& endif = c.directives.back();
-    EXPECT_EQ(endif.substr(endif.find('-') + 1), place(group->getEndGroupPosInRawStream(),
-                                                       group->getEndGroupLineInRawStream(),
-                                                       group->getEndGroupColInRawStream()));
-    EXPECT_EQ(file.source, group->getSource());
+    vnxPreproConditionalGroup* g = vnxPreproConditionalGroup::create(file.source, c.text, c.pos, c.line, c.col, 0);
+    ASSERT_NE(nullptr, g);
+    EXPECT_EQ(c.directives, directivesOf(g));
+    EXPECT_EQ(static_cast<int>(c.directives.size()), g->getConditionalDirectiveCount());
+    EXPECT_EQ(c.size, g->getInitialGroupSize());
+    const std::string& endif = c.directives.back();  // the group ends where its #endif's line does
+    EXPECT_EQ(place(c.pos, c.line, c.col) + "-" + endif.substr(endif.find('-') + 1),
+              place(g->getBeginGroupPosInRawStream(), g->getBeginGroupLineInRawStream(),
+                    g->getBeginGroupColInRawStream()) + "-" +
+                  place(g->getEndGroupPosInRawStream(), g->getEndGroupLineInRawStream(),
+                        g->getEndGroupColInRawStream()));
+    EXPECT_EQ(file.source, g->getSource());
     EXPECT_EQ("", capture.text());
-    group->Release();
+    g->Release();
   }
 }
 
@@ -119,31 +113,13 @@ TEST(ConditionalGroup, AGroupWithoutEndifIsNotMadeAndSaysWhereItBegan) {
   EXPECT_EQ(before, Directive::getPoolLiveCount());
 }
 
-TEST(ConditionalGroup, DirectivesOutliveTheGroupWhileTheCallerHoldsThem) {
-  const int before = Directive::getPoolLiveCount();
-  const std::string text = "#ifdef A\na\n#elif 1\nb\n#endif\n";
-  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
-  ASSERT_NE(nullptr, group);
-  ZELListPtr<Directive> held;
-  group->getConditionalDirectives(held);
-  ASSERT_EQ(3, held.Size());
-  EXPECT_EQ(held[2], group->getSucceedingDirective());
-  EXPECT_EQ(0, group->Release());
-  EXPECT_EQ(before + 3, Directive::getPoolLiveCount());
-  EXPECT_STREQ("#elif 1", held[2]->getPreproString());
-  for (int k = 1; k <= held.Size(); ++k) EXPECT_EQ(0, held[k]->Release());
-  EXPECT_EQ(before, Directive::getPoolLiveCount());
-}
-
-// Each group of a real header keeps its selected branch; no prefix of it, read from any directive, overruns.
+// Each group of a real header keeps its selected branch, and its directives outlive it while the caller holds
+// them; no prefix of the header, read from any directive, overruns.
 TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
   const std::string text = readTextFile(std::string(VNX_TEST_DATA_DIR) + "/conditional/nested.h");
   ASSERT_FALSE(text.empty());
-  struct Case {
-    const char* first;  // the group's first line
-    int count;          // its directives
-    int selected;       // rank of the succeeding directive, 0 for none
-  };
+  const int before = Directive::getPoolLiveCount();
+  struct Case { const char* first; int count, selected; };  // selected: the succeeding directive's rank, or 0
   const std::vector<Case> cases = {
       {"#ifndef GeoNested_H", 2, 1}, {"#if defined(_WINDOWS_SOURCE)", 4, 2}, {"#ifdef STDMETHOD", 2, 1},
       {"#  if 0", 3, 2},
@@ -159,26 +135,27 @@ TEST(ConditionalGroup, ARealHeaderIsReadWholeAndInEveryTruncation) {
     group->getConditionalDirectives(directives);
     EXPECT_EQ(c.count, directives.Size());
     EXPECT_EQ(c.selected ? directives[c.selected] : nullptr, group->getSucceedingDirective());
-    for (int k = 1; k <= directives.Size(); ++k) directives[k]->Release();
-    group->Release();
+    EXPECT_EQ(0, group->Release());
+    EXPECT_EQ(before + c.count, Directive::getPoolLiveCount());
+    EXPECT_EQ(0, std::string(directives[1]->getPreproString()).find(c.first));
+    for (int k = 1; k <= directives.Size(); ++k) EXPECT_EQ(0, directives[k]->Release());
   }
+  EXPECT_EQ(before, Directive::getPoolLiveCount());
 
   std::vector<int> starts;
-  for (size_t k = 0; k < text.size(); ++k) {
+  for (size_t k = 0; k < text.size(); ++k)
     if (text[k] == '#' && (k == 0 || text[k - 1] == '\n')) starts.push_back(static_cast<int>(k));
-  }
   StreamCapture capture;
-  const int before = Directive::getPoolLiveCount();
   int made = 0;
   for (size_t n = 0; n <= text.size(); ++n) {
     const std::unique_ptr<char[]> copy = exactCopy(text.substr(0, n));
     for (int start : starts) {
       if (static_cast<size_t>(start) >= n) break;
-      vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, copy.get(), start, 1, 1, 0);
-      if (!group) continue;
-      ++made;
-      EXPECT_LE(group->getEndGroupPosInRawStream(), n);
-      group->Release();
+      if (vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, copy.get(), start, 1, 1, 0)) {
+        ++made;
+        EXPECT_LE(group->getEndGroupPosInRawStream(), n);
+        group->Release();
+      }
     }
   }
   EXPECT_GT(made, 0);
@@ -241,6 +218,150 @@ TEST(ConditionalDump, AGroupDumpsItsDirectivesBetweenTheFrenchBanners) {
                 "   Fin. Pos:45 Line:5 Col:7\n************* Fin groupe de directives ***************\n",
             capture.text());
   group->Release();
+}
+
+TEST(BranchMemo, LinesAndEndsAreAnsweredOnlyOverTextNotBlankedAhead) {
+  const char* text = "a\nbb\nc\ndd\ne\n";  // newlines at 1, 4, 6, 9, 11
+  const int size = static_cast<int>(std::strlen(text));
+  std::vector<unsigned int> lines(static_cast<size_t>(size)), columns(static_cast<size_t>(size));
+  unsigned int line = 1, column = 1;
+  for (int k = 0; k < size; ++k) {
+    lines[static_cast<size_t>(k)] = line;
+    columns[static_cast<size_t>(k)] = column;
+    column = text[k] == '\n' ? (++line, 1) : column + 1;
+  }
+  // Nothing blanked; a stretch inside, meeting the start, meeting the end; one before; one after.
+  const struct { int blankFrom, blankTo, from, to; bool answered; unsigned int lines, column; } cases[] = {
+      {-1, -2, 1, 9, true, 3, 3}, {5, 6, 1, 9, false, 0, 0}, {0, 1, 1, 9, false, 0, 0},
+      {9, 10, 1, 9, false, 0, 0}, {2, 3, 4, 9, true, 2, 3},  {10, 11, 1, 9, true, 3, 3},
+  };
+  for (const auto& c : cases) {
+    vnxBranchMemo memo;
+    memo.setText(text, 0, 0);
+    memo.setTables(lines.data(), columns.data(), size);
+    memo.record(c.from, c.to);
+    memo.blanked(c.blankFrom, c.blankTo, 0);
+    unsigned int counted = 0, col = 0;
+    EXPECT_EQ(c.answered, memo.rawLinesBetween(c.from, c.to, counted, col)) << c.blankFrom << ".." << c.blankTo;
+    EXPECT_EQ(c.answered ? c.to : -1, memo.lookup(c.from)) << c.blankFrom << ".." << c.blankTo;
+    if (c.answered) {
+      EXPECT_EQ(c.lines, counted);
+      EXPECT_EQ(c.column, col);
+    }
+  }
+}
+
+// The branch the group built over text keeps: "" when every branch is dead, "<null>" when no group is made.
+std::string keptBranch(vnxSourceFile* source, const std::string& text) {
+  vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(source, text.c_str(), 0, 1, 1, 0);
+  if (!group) return "<null>";
+  std::string kept;
+  vnxPreproDirectiveConditional* selected = group->getSucceedingDirective();
+  if (selected && !selected->isEmptyText()) {
+    const unsigned int begin = selected->getBeginTextPosInRawStream();
+    kept = text.substr(begin, selected->getEndTextPosInRawStream() - begin + 1);
+  }
+  group->Release();
+  return kept;
+}
+
+std::string ifElse(const std::string& condition) { return "#if " + condition + "\nYES\n#else\nNO\n#endif\n"; }
+
+TEST(ConditionalEvaluation, IfConditionsSelectTheBranchTheGrammarGives) {
+  struct Case { std::vector<std::string> defines; const char* condition; int yes; };  // yes: the #if branch is kept
+  const std::vector<Case> cases = {
+      {{}, "1", 1}, {{}, "0", 0}, {{"#define A 1"}, "A", 1}, {{"#define A 0"}, "A", 0}, {{"#define A"}, "A", 1},
+      {{"#define A 0 // off"}, "A", 0}, {{"#define A 0 /* off */"}, "A", 0}, {{"#define A(x) x"}, "A", 0},
+      {{}, "A", 0}, {{}, "!A", 1}, {{"#define A 1"}, "!A", 0}, {{"#define A 1"}, "!!A", 1}, {{}, "defined(A)", 0},
+      {{"#define A 0"}, "defined(A)", 1}, {{"#define A(x) x"}, "defined(A)", 1}, {{"#define A"}, "(defined A)", 1},
+      {{"#define A"}, "defined(A) && !defined(B)", 1}, {{"#define A", "#define B"}, "defined(A) && !defined(B)", 0},
+      {{"#define B"}, "defined(A) || defined(B)", 1},
+      // && binds tighter than ||, and a false left operand still consumes its tail.
+      {{"#define C"}, "defined(A) && defined(B) || defined(C)", 1},
+      {{"#define A"}, "defined(A) || defined(B) && defined(C)", 1},
+      {{"#define B"}, "defined(A) || defined(B) && defined(C)", 0},
+      {{"#define A", "#define C"}, "(defined(A) || defined(B)) && defined(C)", 1},
+      // Bare names and literals count only as the very last token.
+      {{"#define A 1"}, "(A)", 0}, {{"#define X 1", "#define Y"}, "X && defined(Y)", 0}, {{}, "defined(A) || 1", 1},
+      {{"#define X 1", "#define Y"}, "defined(Y) && X", 1}, {{"#define X 1"}, "1 || X", 0},
+      // Two names: the first one's replacement against the second's.
+      {{"#define OS WIN", "#define WIN"}, "OS WIN", 0}, {{"#define OS WIN"}, "OS WIN", 1}, {{}, "OS WIN", 0},
+      {{"#define OS 3", "#define WIN 3"}, "OS WIN", 1},
+      // Comparisons are not evaluated; three names are defined everywhere, with no replacement.
+      {{"#define A 1"}, "A == 1", 0}, {{}, "defined(_ZEL_ANSI_STREAMS) && defined(STDMETHOD)", 1},
+      {{}, "defined HARBO_CLIENT", 1}, {{}, "HARBO_CLIENT", 0},
+      {{"#define A 1"}, "defined(A) /* c */ && \\\n defined(A)", 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.condition);
+    ScopedSource file("t.h", c.defines);
+    EXPECT_EQ(c.yes ? "YES\n" : "NO\n", keptBranch(file.source, ifElse(c.condition)));
+  }
+}
+
+TEST(ConditionalEvaluation, IfdefIfndefAndElifChainsPickTheFirstTrueBranch) {
+  struct Case { std::vector<std::string> defines; const char* text; const char* kept; };
+  const char* const chain = "#if defined(A)\na\n#elif defined(B)\nb\n#elif defined(C)\nc\n#else\nd\n#endif\n";
+  const std::vector<Case> cases = {
+      {{"#define X"}, "#ifdef X\nx\n#endif\n", "x\n"}, {{}, "#ifdef X\nx\n#endif\n", ""},
+      {{}, "#ifdef X // note\nx\n#else\ny\n#endif\n", "y\n"}, {{}, "#ifndef X\nx\n#else\ny\n#endif\n", "x\n"},
+      {{"#define X"}, "#ifndef X\nx\n#else\ny\n#endif\n", "y\n"}, {{}, "#ifdef HARBO_CLIENT\nh\n#endif\n", "h\n"},
+      {{"#define A", "#define B"}, chain, "a\n"}, {{"#define B", "#define C"}, chain, "b\n"},
+      {{"#define C"}, chain, "c\n"}, {{}, chain, "d\n"}, {{}, "#if 1\na\n#else\nb\n#else\nc\n#endif\n", "a\n"},
+      {{}, "#if 0\na\n#else\nb\n#elif 1\nc\n#endif\n", "b\n"},
+      {{}, "#else\na\n#endif\n", ""}, {{}, "#elif 1\na\n#else\nb\n#endif\n", "b\n"},  // a stray head never wins
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    ScopedSource file("t.h", c.defines);
+    EXPECT_EQ(c.kept, keptBranch(file.source, c.text));
+  }
+}
+
+TEST(ConditionalEvaluation, MalformedConditionsWriteTheirErrorsOrMakeNoGroup) {
+  struct Case { const char* text; const char* kept; std::vector<std::string> lines; };
+  const std::string missing = "# VNX-ERROR:   Missing condition in conditional preprocessing directive beginning line ";
+  const std::string emptyN =
+      "# VNX-ERROR:   Problem in N condition in conditional preprocessing directive in source t.h";
+  const std::string empty = "# VNX-ERROR:   \tEmpty condition.";
+  const std::vector<Case> cases = {
+      {"#if\nx\n#else\ny\n#endif\n", "y\n", {missing + "1 in source t.h"}},
+      {"#if 0\nx\n#elif // none\ny\n#endif\n", "", {missing + "3 in source t.h"}},
+      {"#if defined(A) &&\nx\n#endif\n", "", {emptyN, empty}},
+      {"#if !\nx\n#endif\n", "x\n", {emptyN, empty}},  // "!" of a missing operand: one minus false
+      {"#if ( defined A\nx\n#endif\n", "", {}}, {"#ifdef\nx\n#endif\n", "<null>", {}},
+      {"#ifdef A B\nx\n#endif\n", "<null>", {}}, {"#ifndef A /* c */ B\nx\n#endif\n", "<null>", {}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    ScopedSource file("t.h");
+    StreamCapture capture;
+    EXPECT_EQ(c.kept, keptBranch(file.source, c.text));
+    EXPECT_EQ(c.lines, capture.lines());
+  }
+}
+
+TEST(ConditionalEvaluation, WithoutASourceOnlyTheThreeAlwaysDefinedNamesAreDefined) {
+  EXPECT_EQ("YES\n", keptBranch(nullptr, ifElse("defined(HARBO_CLIENT)")));
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("defined(A)")));
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("A")));
+  StreamCapture capture;
+  EXPECT_EQ("NO\n", keptBranch(nullptr, ifElse("")));
+  EXPECT_EQ(std::vector<std::string>{"# VNX-ERROR:   Missing condition in conditional preprocessing directive "
+                                     "beginning line 1 in source "},
+            capture.lines());
+}
+
+TEST(ConditionalEvaluation, DeeplyNestedConditionsEndWithoutExhaustingTheStack) {
+  ScopedSource file("t.h", {"#define A"});
+  const std::string nots(20000, '!');
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(nots + "defined(A)")));
+  const std::string open(20000, '(');
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(open + "defined(A)")));
+  std::string chain = "defined(A)";
+  for (int k = 0; k < 20000; ++k) chain += " && defined(A)";
+  EXPECT_EQ("NO\n", keptBranch(file.source, ifElse(chain)));
+  EXPECT_EQ("YES\n", keptBranch(file.source, ifElse("!!!!defined(A) && (((defined(A))))")));
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
-// The directive-line parser: which record a line makes, how far it runs, its errors, dumps, the directive pools.
+// Directive lines: which record a line makes and how far it runs, define and include contents, errors, dumps, pools.
 #include <gtest/gtest.h>
 
 #include "directive_test_support.h"
 #include "vnxCComment.h"
 #include "vnxCppComment.h"
 #include "vnxPreproDirectiveDefineFunction.h"
+#include "vnxPreproDirectiveDefineSimple.h"
 #include "vnxPreproDirectiveInclude.h"
 
 namespace {
+
+const char* const kNone = nullptr;
 
 void expectPlacesCountedOverText(vnxZELPreproDirective* d) {
   ::expectPlacesCountedOverText(d, d->getPreproString(), d->getPreproStringSize(), d->getBeginLineInRawStream(),
@@ -18,16 +21,13 @@ void expectPlacesCountedOverText(vnxZELPreproDirective* d) {
 }
 
 TEST(DirectiveParser, EachLineMakesTheRecordOfItsKindAndRunsToItsEnd) {
-  const char* const kNone = nullptr;
   const char* const kBase = "vnxZELPreproDirective";
   const char* const kSimple = "vnxPreproDirectiveDefineSimple";
-  struct Case {
-    const char* text;
-    const char* isA;  // null: no directive
+  struct Case {  // isA null: no directive; size -1: the length of directiveText
+    const char *text, *isA;
     int type;
-    const char* identifier;
-    const char* directiveText;
-    int size;  // -1: the length of directiveText
+    const char *identifier, *directiveText;
+    int size;
     unsigned endLine, endCol;
     const char* error;
   };
@@ -85,12 +85,9 @@ TEST(DirectiveParser, BadArgumentsGiveNoDirectiveAndNoMessage) {
   vnxPreproDirectiveParser parser(nullptr);
   StreamCapture capture;
   EXPECT_EQ(nullptr, parser.parse(nullptr, 0, 1, 1, 0));
-  EXPECT_EQ(nullptr, parser.parse(text, -1, 1, 1, 0));
-  EXPECT_EQ(nullptr, parser.parse(text, 0, 0, 1, 0));
-  EXPECT_EQ(nullptr, parser.parse(text, 0, 1, 0, 0));
-  // A bad output position fails the build; the record goes back to its pool.
-  EXPECT_EQ(nullptr, parser.parse(text, 0, 1, 1, -1));
-  EXPECT_EQ(nullptr, parser.parse("#pragma x", 0, 1, 1, -1));
+  for (const auto& bad : std::vector<std::vector<int>>{{-1, 1, 1, 0}, {0, 0, 1, 0}, {0, 1, 0, 0}, {0, 1, 1, -1}})
+    EXPECT_EQ(nullptr, parser.parse(text, bad[0], bad[1], bad[2], bad[3]));
+  EXPECT_EQ(nullptr, parser.parse("#pragma x", 0, 1, 1, -1));  // a failed build gives its record back
   EXPECT_EQ(0, vnxZELPreproDirective::getPoolLiveCount());
   EXPECT_EQ("", capture.text());
 }
@@ -185,52 +182,160 @@ TEST(DirectivePool, EachClassHasItsOwnPoolWhoseBlocksHold1024AndAreFreedWithThei
   EXPECT_EQ(3, derivedLive());
   for (vnxZELPreproDirective* d : kinds) EXPECT_EQ(0, d->Release());  // through the base, to its own pool
   EXPECT_EQ(0, derivedLive());
-
-  std::vector<vnxZELPreproDirective*> directives;
-  for (int i = 0; i < 1025; ++i) directives.push_back(vnxZELPreproDirective::create(nullptr));
-  EXPECT_EQ(1025, vnxZELPreproDirective::getPoolLiveCount());
-  EXPECT_EQ(2, vnxZELPreproDirective::getPoolBlockCount());
-  EXPECT_EQ(2, directives[0]->AddRef());
-  for (int i = 1023; i >= 0; --i) directives[i]->Release();  // the first one is still held
-  EXPECT_EQ(2, vnxZELPreproDirective::getPoolBlockCount());
-  EXPECT_EQ(0, directives[0]->Release());
-  EXPECT_EQ(1, vnxZELPreproDirective::getPoolBlockCount());
-  directives[1024]->Release();
-  EXPECT_EQ(0, vnxZELPreproDirective::getPoolBlockCount());
-}
-
-// Dumps the directive of every line whose first non-blank is '#', going on after its end as the pass does.
-std::string dumpDirectivesOf(const std::string& text) {
-  StreamCapture out(wbStdout);
-  vnxPreproDirectiveParser parser(nullptr);
-  int line = 1;
-  for (size_t lineStart = 0; lineStart < text.size(); ++line) {
-    size_t k = lineStart;
-    while (k < text.size() && (text[k] == ' ' || text[k] == '\t')) ++k;
-    size_t next = text.find('\n', k);
-    if (k < text.size() && text[k] == '#') {
-      const int col = static_cast<int>(k - lineStart) + 1;
-      vnxZELPreproDirective* d = parser.parse(text.c_str(), static_cast<int>(k), line, col, 0);
-      if (d) {
-        d->dump();
-        line = static_cast<int>(d->getEndLineInRawStream());
-        next = text.find('\n', static_cast<size_t>(d->getPosOfPreproCharInRawStream(d->getPreproStringSize() - 1)));
-        d->Release();
-      }
-    }
-    if (next == std::string::npos) break;
-    lineStart = next + 1;
-  }
-  return out.text();
+  expectPoolBlocksOf1024FreedWithTheirLast<vnxZELPreproDirective>();
 }
 
 TEST(DirectiveDump, EveryKindOfDirectiveDumpsItsOwnLines) {
   const std::string dir = std::string(VNX_TEST_DATA_DIR) + "/directives/";
-  const std::string sample = readTextFile(dir + "directives.h");
-  ASSERT_FALSE(sample.empty());
-  StreamCapture errors;
-  EXPECT_EQ(readTextFile(dir + "directives.dump"), dumpDirectivesOf(sample));
+  StreamCapture errors, out(wbStdout);
+  vnxSourceFile* source = new vnxSourceFile(readTextFile(dir + "directives.h").c_str(), nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  ZELListPtr<vnxZELPreproDirective> directives;
+  source->getPreproDirectiveList(directives);
+  for (int k = 1; k <= directives.Size(); ++k) directives[k]->dump(), directives[k]->Release();
+  source->Release();
+  EXPECT_EQ(readTextFile(dir + "directives.dump"), out.text());
   EXPECT_EQ("", errors.text());
+}
+
+const std::vector<std::string> kObjectLike = {"<object-like>"};
+const std::string kCompute = " -> !! vnxPreproDirectiveDefineFunction::compute : ";
+const std::string kOrder = kCompute + "order of COMMA / ID not coherent in _argumentString : ";
+const std::string kNeither = kCompute + "Token is neither ID nor COMMA in _argumentString : ";
+
+TEST(DirectiveDefine, NameReplacementAndParametersAreReadFromTheLine) {
+  // parameters: kObjectLike for object-like defines; lines: written on the error stream.
+  struct Case { const char *text, *name, *replacement; std::vector<std::string> parameters, lines; };
+  const std::vector<Case> cases = {
+      {"#define A\n", "A", kNone, kObjectLike, {}}, {"#define A 1  \n", "A", "1  ", kObjectLike, {}},
+      {"#define A 1 // c\n", "A", "1 ", kObjectLike, {}}, {"#define A \\\nint x;\n", "A", "int x;", kObjectLike, {}},
+      {"#  define\t$x_1 y\n", "$x_1", "y", kObjectLike, {}},
+      {"#define A-1\n", "A", "-1", kObjectLike,
+       {" !! define line contains an invalid character, check spelling (f.h:3) : #define A-1"}},
+      {"#define F(a, b) a+b\n", "F", "a+b", {"a", "b"}, {}}, {"#define F()\n", "F", kNone, {}, {}},
+      {"#define F(a, /* c */ \\\n b) x\n", "F", "x", {"a", "b"}, {}},
+      {"#define F(a b) x\n", "F", "x", {"a"}, {kOrder + "a b"}}, {"#define F(,a) x\n", "F", "x", {}, {kOrder + ",a"}},
+      {"#define F(a,,b) x\n", "F", "x", {"a"}, {kOrder + "a,,b"}},
+      {"#define F(fmt, ...) x\n", "F", "x", {"fmt"}, {kNeither + "fmt, ..."}}, {"#define F(a x\n", "F", kNone, {"a"},
+       {"  -> !! vnxPreproDirectiveDefineFunction::buildDefine, end of argumentString not found : f.h:3) : "
+        "#define F(a x",
+        kOrder + "a x"}},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.text);
+    ScopedSource file("f.h");
+    StreamCapture capture;
+    vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(t.text, 0, 3, 1, 0);
+    ASSERT_NE(nullptr, d);
+    const bool functionLike = t.parameters != kObjectLike;
+    ASSERT_EQ(functionLike ? vnxZELPreproDirective::DefineFunction : vnxZELPreproDirective::DefineSimple,
+              d->getPreproType());
+    auto* define = static_cast<vnxPreproDirectiveDefineSimple*>(d);
+    EXPECT_EQ(orNull(t.name), orNull(define->getDefinedIdentifier()));
+    EXPECT_EQ(orNull(t.replacement), orNull(define->getReplacementString()));
+    if (functionLike) {
+      auto* function = static_cast<vnxPreproDirectiveDefineFunction*>(d);
+      ZELListVal<ZELString> parameters;
+      const bool malformed = !t.lines.empty() && t.lines.back().compare(0, kCompute.size(), kCompute) == 0;
+      EXPECT_EQ(malformed ? 1 : 0, function->getArgumentList(parameters));
+      std::vector<std::string> names;
+      for (int i = 1; i <= parameters.Size(); ++i) names.push_back(parameters[i].str());
+      EXPECT_EQ(t.parameters, names);
+      EXPECT_EQ(static_cast<int>(names.size()), function->getArgumentCount());  // read once, no new lines
+    }
+    EXPECT_EQ(t.lines, capture.lines());
+    d->Release();
+  }
+}
+
+TEST(DirectiveDefine, ReplacementTokensLeaveOutCommentsAndLineContinuations) {
+  struct Case { const char* text; std::vector<std::string> tokens; };
+  const std::vector<Case> cases = {
+      {"#define A x /* c */ + \\\n y // z\n", {"x", "+", "y"}},
+      {"#define A a##b #c \"s\" 'c' 10", {"a", "##", "b", "#", "c", "\"s\"", "'c'", "10"}},
+      // Only a backslash right before the newline continues the line.
+      {"#define F(a) f(a, \\\r\n a)\n", {"f", "(", "a", ",", "\\"}},
+      {"#define A \\ x\n", {"\\", "x"}}, {"#define A\n", {}},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.text);
+    auto* d = static_cast<vnxPreproDirectiveDefineSimple*>(vnxPreproDirectiveParser(nullptr).parse(t.text, 0, 1, 1, 0));
+    ASSERT_NE(nullptr, d);
+    ZELListVal<vnxToken> tokens;
+    EXPECT_EQ(0, d->getReplacementTokenList(tokens));
+    d->getReplacementTokenList(tokens);  // a second request copies the same tokens again
+    ASSERT_EQ(2 * t.tokens.size(), static_cast<size_t>(tokens.Size()));
+    for (size_t i = 0; i < t.tokens.size(); ++i)
+      EXPECT_EQ(t.tokens[i], std::string(tokens[i + 1].getStart(), tokens[i + 1].getLength()));
+    d->Release();
+  }
+}
+
+enum Kind { kSimpleKind, kFunctionKind, kIncludeKind };
+
+vnxZELPreproDirective* createOfKind(Kind kind) {
+  if (kind == kSimpleKind) return vnxPreproDirectiveDefineSimple::create(nullptr);
+  if (kind == kFunctionKind) return vnxPreproDirectiveDefineFunction::create(nullptr);
+  return vnxPreproDirectiveInclude::create(nullptr);
+}
+
+TEST(DirectiveBuild, ABuildOnTextOfAnotherKindFailsWithItsLine) {
+  const std::string simple = "vnxPreproDirectiveDefineSimple::buildDefine";
+  const std::string function = "vnxPreproDirectiveDefineFunction::buildDefine";
+  const std::string include = " in vnxPreproDirectiveInclude::buildIncludeString";
+  struct Case { Kind kind; const char* text; std::string line; };  // text null: buildDefine without a build
+  const std::vector<Case> cases = {
+      {kSimpleKind, "define A", " -> !! Bad Position in " + simple},
+      {kSimpleKind, "#  ", " -> !! keyword include not found in " + simple},
+      {kSimpleKind, "#define /* c */ A", " -> !! begin of _definedIdentifier not found in " + simple},
+      {kSimpleKind, "\n", " -> !! Bad input in " + simple}, {kSimpleKind, nullptr, " -> !! Bad input in " + simple},
+      {kFunctionKind, "define F(a)", " -> !! Bad Position in " + function},
+      {kFunctionKind, "#define", " -> !! begin of _definedIdentifier not found in " + function},
+      // Without '(' a function-like record still defines the name.
+      {kFunctionKind, "#define F x",
+       "  -> !! " + function + ", building a non function like macro replacement : :1) : #define F x"},
+      {kIncludeKind, "include <a.h>", " -> !! Bad Position" + include},
+      {kIncludeKind, "# \t ", " -> !! keyword include not found" + include},
+      {kIncludeKind, "", " -> !! Bad input" + include},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.text ? t.text : "<unbuilt>");
+    vnxZELPreproDirective* d = createOfKind(t.kind);
+    auto* define = t.kind == kIncludeKind ? nullptr : static_cast<vnxPreproDirectiveDefineSimple*>(d);
+    StreamCapture capture;
+    const int status = t.text ? d->build(t.text, 0, 1, 1, 0) : define->buildDefine();
+    EXPECT_EQ(t.line + "\n", capture.text());
+    EXPECT_EQ(t.text && std::string(t.text) == "#define F x" ? 0 : 1, status);
+    if (!define) EXPECT_EQ(nullptr, static_cast<vnxPreproDirectiveInclude*>(d)->getIncludeString());
+    else if (status == 0) EXPECT_STREQ("x", define->getReplacementString());
+    else EXPECT_EQ(nullptr, define->getDefinedIdentifier());
+    d->Release();
+  }
+}
+
+TEST(DirectiveInclude, TheIncludeStringIsTheNameBetweenEitherCloser) {
+  const std::string invalid = " !! include syntax in invalid (f.h:2) : ";
+  struct Case { const char *text, *includeString; std::string line; };  // line: written on the error stream
+  const std::vector<Case> cases = {
+      {"#include \"a.h\"\n", "a.h", ""}, {"#include <a.h>\n", "a.h", ""}, {"#include <a.h\"\n", "a.h", ""},
+      {"#include \"a.h\" extra\n", "a.h", ""}, {"#  include   \\\n  \"b/c.h\" // x\n", "b/c.h", ""},
+      // An unclosed quote opens a literal that only the end of the text closes.
+      {"#include \"a.h", "a.h", invalid + "#include \"a.h"},
+      {"#include <\n", kNone, invalid + "#include <"}, {"#include \"\"\n", kNone, ""},
+      // A macro-named include keeps the whole rest of the line.
+      {"#include FOO(x) // c\n", "FOO(x) ", ""}, {"#include // c\n", kNone, ""},
+  };
+  for (const Case& t : cases) {
+    SCOPED_TRACE(t.text);
+    ScopedSource file("f.h");
+    StreamCapture capture;
+    vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(t.text, 0, 2, 1, 0);
+    ASSERT_NE(nullptr, d);
+    ASSERT_EQ(vnxZELPreproDirective::Include, d->getPreproType());
+    EXPECT_EQ(orNull(t.includeString), orNull(static_cast<vnxPreproDirectiveInclude*>(d)->getIncludeString()));
+    EXPECT_EQ(t.line.empty() ? "" : t.line + "\n", capture.text());
+    d->Release();
+  }
 }
 
 }  // namespace

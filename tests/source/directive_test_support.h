@@ -53,6 +53,23 @@ inline Preprocessed preprocess(const std::string& raw, const char* name = "t.h")
   return result;
 }
 
+// T's pool: blocks of 1024 objects, one freed when its last object dies, even a late one held by a reference.
+template <class T>
+void expectPoolBlocksOf1024FreedWithTheirLast() {
+  std::vector<T*> objects;
+  for (int i = 0; i < 1025; ++i) objects.push_back(T::create(nullptr));
+  EXPECT_EQ(1025, T::getPoolLiveCount());
+  EXPECT_EQ(2, T::getPoolBlockCount());
+  EXPECT_EQ(2, objects[0]->AddRef());
+  for (int i = 1023; i >= 0; --i) objects[static_cast<size_t>(i)]->Release();
+  EXPECT_EQ(2, T::getPoolLiveCount());
+  EXPECT_EQ(2, T::getPoolBlockCount());
+  EXPECT_EQ(0, objects[0]->Release());
+  EXPECT_EQ(1, T::getPoolBlockCount());
+  objects[1024]->Release();
+  EXPECT_EQ(0, T::getPoolBlockCount());
+}
+
 inline std::string orNull(const char* text) { return text ? std::string(text) : std::string("<null>"); }
 
 // Every character's place in a comment or directive agrees with a plain count over text; outside it, -1.

@@ -10,9 +10,8 @@ namespace {
 
 // The registry is process-wide: every name here starts with "EXP_" so no other test's text meets one.
 struct MacroFile {
-  MacroFile(const std::vector<std::string>& defines, const std::vector<std::string>& registered)
-      : file("m.h", defines) {
-    for (const std::string& name : registered) vnxSourceFile::addMacroToExpand(name.c_str());
+  MacroFile(const std::vector<std::string>& defines, const std::vector<std::string>& names) : file("m.h", defines) {
+    for (const std::string& name : names) vnxSourceFile::addMacroToExpand(name.c_str());
   }
   ScopedSource file;
 };
@@ -22,10 +21,8 @@ struct Expansion { int status; std::string replacement; int replaced; };  // rep
 // Runs of blanks as one, no leading blank: the pass squeezes blanks anyway, so only the tokens matter.
 std::string squeezed(const std::string& text) {
   std::string out;
-  for (char c : text) {
-    if (c == ' ' && (out.empty() || out.back() == ' ')) continue;
-    out += c;
-  }
+  for (char c : text)
+    if (c != ' ' || (!out.empty() && out.back() != ' ')) out += c;
   return out;
 }
 
@@ -121,28 +118,28 @@ TEST(Expander, NamesThatCannotExpandHereFailAndLeaveTheTextAlone) {
 }
 
 TEST(Expander, TheRegistryIsCopiedWhenTheExpanderIsMade) {
-  MacroFile macros({"#define EXP_LATE late"}, {});
+  // The registry only grows: a name of its own per run keeps a repeated run honest.
+  static int run = 0;
+  const std::string name = "EXP_LATE" + std::to_string(++run);
+  MacroFile macros({"#define " + name + " late"}, {});
   vnxDefinePreproDirectiveExpander early(macros.file.source);
-  vnxSourceFile::addMacroToExpand("EXP_LATE");
+  vnxSourceFile::addMacroToExpand(name.c_str());
   StreamCapture capture;
-  EXPECT_NE(0, expandAt(early, "EXP_LATE").status);
+  EXPECT_NE(0, expandAt(early, name).status);
   vnxDefinePreproDirectiveExpander late(macros.file.source);
-  EXPECT_EQ("late ", expandAt(late, "EXP_LATE").replacement);
+  EXPECT_EQ("late ", expandAt(late, name).replacement);
 
   vnxDefinePreproDirectiveExpander orphan(nullptr);
-  EXPECT_NE(0, expandAt(orphan, "EXP_LATE").status);
+  EXPECT_NE(0, expandAt(orphan, name).status);
 }
 
 TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
-  std::vector<std::string> defines, names;
-  // A chain deeper than the nesting bound.
-  for (int k = 0; k < 80; ++k) {
+  std::vector<std::string> defines = {"#define EXP_SHALLOW EXP_DEEP70"}, names = {"EXP_SHALLOW"};
+  for (int k = 0; k < 80; ++k) {  // a chain deeper than the nesting bound
     defines.push_back("#define EXP_DEEP" + std::to_string(k) + " EXP_DEEP" + std::to_string(k + 1));
     names.push_back("EXP_DEEP" + std::to_string(k));
   }
   addWideChain(defines, names);
-  defines.push_back("#define EXP_SHALLOW EXP_DEEP70");
-  names.push_back("EXP_SHALLOW");
   MacroFile macros(defines, names);
   MacroFile grow(kDefines, kRegistered);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
@@ -159,10 +156,8 @@ TEST(Expander, RunawayExpansionsHitTheirBoundsAndFailCleanly) {
 
 // Past a total of work spent on failed expansions, later ones get a small bound; ordinary macros still expand.
 TEST(Expander, FailedExpansionsPastTheirTotalLeaveLaterOnesASmallBound) {
-  std::vector<std::string> defines, names;
+  std::vector<std::string> defines = {"#define EXP_SMALL (1 + 2)"}, names = {"EXP_SMALL"};
   addWideChain(defines, names);
-  defines.push_back("#define EXP_SMALL (1 + 2)");
-  names.push_back("EXP_SMALL");
   MacroFile macros(defines, names);
   vnxDefinePreproDirectiveExpander expander(macros.file.source);
 

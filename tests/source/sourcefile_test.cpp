@@ -1,10 +1,13 @@
-// Source-file bookkeeping: include scan, macro registry, resources, references handed out by the lists.
+// Source files: include scan, macro registry, resources, references the lists hand out, and the position map
+// from every preprocessed character back to its raw one.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <utility>
 
-#include "TAIndex.h"
 #include "directive_test_support.h"
+#include "TAIndex.h"
 #include "vnxComment.h"
 #include "vnxEventGetBuffer.h"
 #include "vnxResources.h"
@@ -67,21 +70,19 @@ TEST(SourceFileMacros, OnlyRegisteredNamesExpandAndOnlyAsWholeWords) {
   EXPECT_EQ("int a = 42;int b = OTHER;int c = REG_VALUEX;int d = xREG_VALUE;", pass.stream);
 }
 
-struct BufferSpy : TACallbackSubscriber {
-  std::string seen;
-  vnxSourceFile* from = nullptr;
-  int ReceiveCallback(TACallbackPublisher*, const TAEvent* event) override {
-    if (std::string(event->isA()) != "EventGetBuffer") return 0;
-    const auto* e = static_cast<const vnxEventGetBuffer*>(event);
-    seen = e->getBuffer() ? e->getBuffer() : "";
-    from = e->getSourceFile();
-    return 1;
-  }
-};
-
 TEST(SourceFilePass, SubscribersSeeTheRawTextBeforeItIsDropped) {
+  struct BufferSpy : TACallbackSubscriber {
+    std::string seen;
+    vnxSourceFile* from = nullptr;
+    int ReceiveCallback(TACallbackPublisher*, const TAEvent* event) override {
+      if (std::string(event->isA()) != "EventGetBuffer") return 0;
+      const auto* e = static_cast<const vnxEventGetBuffer*>(event);
+      seen = e->getBuffer() ? e->getBuffer() : "<null>";
+      from = e->getSourceFile();
+      return 1;
+    }
+  } spy;
   vnxSourceFile* source = new vnxSourceFile("// tag: x\nint a;\n", nullptr, TAFileName());
-  BufferSpy spy;
   source->AddSubscriber(&spy);
   ASSERT_EQ(0, source->preProcess());
   EXPECT_EQ("// tag: x\nint a;\n", spy.seen);
@@ -108,15 +109,15 @@ TEST(SourceFilePass, ListsHandOutOneReferencePerElement) {
 }
 
 TEST(SourceFileNames, CompilationUnitDefaultsToTheFileName) {
-  vnxSourceFile* named = new vnxSourceFile(ZELFileBuffer::CreateFromString("x", "dir/a.h"), nullptr, TAFileName());
-  EXPECT_EQ("dir/a.h dir/a.h", std::string(named->GetName()) + " " + named->getCompilationUnit());
-  named->Release();
-  vnxSourceFile* unit = new vnxSourceFile(ZELFileBuffer::CreateFromString("x", "a.h"), nullptr, TAFileName("main.cpp"));
-  EXPECT_STREQ("main.cpp", unit->getCompilationUnit());
-  unit->Release();
-  vnxSourceFile* text = new vnxSourceFile("x", nullptr, TAFileName());
-  EXPECT_STREQ("", text->GetName());
-  text->Release();
+  auto names = [](vnxSourceFile* file) {
+    const std::string both = std::string(file->GetName()) + "|" + file->getCompilationUnit().CastToCharPtr();
+    file->Release();
+    return both;
+  };
+  auto named = [](const char* name) { return ZELFileBuffer::CreateFromString("x", name); };
+  EXPECT_EQ("dir/a.h|dir/a.h", names(new vnxSourceFile(named("dir/a.h"), nullptr, TAFileName())));
+  EXPECT_EQ("a.h|main.cpp", names(new vnxSourceFile(named("a.h"), nullptr, TAFileName("main.cpp"))));
+  EXPECT_EQ("|", names(new vnxSourceFile("x", nullptr, TAFileName())));
 }
 
 TEST(ResourcesEnvironment, RuntimeQueryOnlyPrimesTheBuildTimeName) {
@@ -132,6 +133,144 @@ TEST(ResourcesEnvironment, RuntimeQueryOnlyPrimesTheBuildTimeName) {
 
 TEST(ResourcesDeathTest, SourceErrorExitWritesTheLineAndEndsTheProcess) {
   EXPECT_EXIT(vnxResources::exitingWithSrcError(4), ::testing::ExitedWithCode(4), "--> exiting");
+}
+
+// Characters from a list-macro fold or an expansion map to the macro name's start; all others to themselves.
+void checkPositions(const std::string& raw, vnxSourceFile& source, const std::string& label) {
+  const char* stream = source.GetStream();
+  ASSERT_NE(nullptr, stream) << label;
+  std::vector<int> lines(raw.size()), cols(raw.size());
+  int line = 1, col = 1;
+  for (size_t k = 0; k < raw.size(); ++k) {
+    lines[k] = line;
+    cols[k] = col;
+    col = raw[k] == '\n' ? (++line, 1) : col + 1;
+  }
+  TAIndex macros;  // a list macro, or any macro some test registered for expansion, maps to the name's start
+  vnxSourceFile::getMacrosToExpand(macros);
+  std::vector<std::string> names = {"ZELLISTP", "ZELLISTV", "SEQUENCE"};
+  for (int m = 0; m < macros.Size(); ++m) names.push_back(macros.GetKey(m));
+  int previous = -1;
+  for (int k = 0; k < source.GetSize(); ++k) {
+    const int r = source.getPosOfPreProcessedCharInRawStream(k);
+    ASSERT_GE(r, 0) << label << " at " << k;
+    ASSERT_LT(r, static_cast<int>(raw.size())) << label << " at " << k;
+    EXPECT_GE(r, previous) << label << ": map goes backwards at " << k;
+    previous = r;
+    const char c = stream[k];
+    // A blank may also stand for a blanked dead branch or a folded brace.
+    bool same = c == raw[static_cast<size_t>(r)] || c == ' ';
+    for (size_t n = 0; !same && n < names.size(); ++n)
+      same = raw.compare(static_cast<size_t>(r), names[n].size(), names[n]) == 0;
+    EXPECT_TRUE(same) << label << ": stream[" << k << "]='" << c << "' maps to raw[" << r << "]='"
+                      << raw[static_cast<size_t>(r)] << "'";
+    int l = 0, cc = 0;
+    ASSERT_EQ(0, source.GetPos(k, l, cc));
+    EXPECT_EQ(std::make_pair(lines[static_cast<size_t>(r)], cols[static_cast<size_t>(r)]), std::make_pair(l, cc))
+        << label << " at " << k;
+    EXPECT_EQ(std::make_pair(l, cc), std::make_pair(source.GetPoint(k).GetLine(), source.GetPoint(k).GetCol()));
+  }
+}
+
+void checkText(const std::string& raw, const std::string& label) {
+  StreamCapture quiet;
+  vnxSourceFile* source = new vnxSourceFile(ZELFileBuffer::CreateFromString(raw.c_str(), label.c_str()), nullptr,
+                                            TAFileName());
+  if (source->preProcess() == 0) checkPositions(raw.substr(0, std::string(raw.c_str()).size()), *source, label);
+  source->Release();
+}
+
+TEST(PreproPositions, MapEveryCharacterOfTheSampleWorkspaceBack) {
+  int files = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(VNX_EXAMPLES_DIR)) {
+    if (!entry.is_regular_file()) continue;
+    checkText(readTextFile(entry.path().string()), entry.path().string());
+    ++files;
+  }
+  EXPECT_GT(files, 0);
+}
+
+TEST(PreproPositions, MapThroughSqueezingCommentsBlankedBranchesAndExpansions) {
+  vnxSourceFile::addMacroToExpand("EXP_ONE");
+  vnxSourceFile::addMacroToExpand("EXP_TWICE");
+  std::string text = "#define EXP_ONE 1 + 1\n#define EXP_TWICE(x) ((x) * 2)\n";
+  for (int i = 0; i < 200; ++i) {
+    const std::string n = std::to_string(i);
+    text += "/* block " + n + "\n   spans lines */ int  v" + n + " = ( a , b ) ;\n";
+    text += "#if 0\n  dead" + n + ";\n#else\n\tlive ( x ) ;   // tail\n#endif\n";
+    text += "extern \"C\" { void f" + n + "(); }\r\n#define M" + n + " \\\n   continued\n";
+    text += "ZELLISTP(T" + n + ") list;   SEQUENCE(a,b) s;\nchar* s = \"  kept  \" ; char c = '\\'' ;\n";
+    text += "int a" + n + " = EXP_ONE ; int b = EXP_TWICE( EXP_ONE );\n";
+  }
+  checkText(text, "synthetic.h");
+  const std::string stream = preprocess(text).stream;  // the map above did go through expansions
+  EXPECT_NE(std::string::npos, stream.find("int a0 = 1 + 1;int b =((1 + 1)* 2);")) << stream.substr(0, 300);
+  EXPECT_EQ(std::string::npos, stream.find("EXP_"));
+}
+
+// Tables filled sixteen characters at a time count as a character walk: newlines at any chunk offset, runs, ends.
+TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
+  std::vector<std::string> texts;
+  for (int length = 0; length <= 40; ++length) {
+    texts.push_back(std::string(static_cast<size_t>(length), 'a'));
+    texts.push_back(std::string(static_cast<size_t>(length), '\n'));
+    for (int at = 0; at < length; at += 5)
+      texts.push_back(std::string(static_cast<size_t>(at), 'x') + '\n' +
+                      std::string(static_cast<size_t>(length - at - 1), 'x'));
+  }
+  unsigned int seed = 12345;
+  for (int n = 0; n < 40; ++n) {
+    std::string text;
+    const unsigned int density = 1u << (1 + n % 7);  // one newline in 2 to 128 characters, on average
+    for (int k = 0; k < 16 * (n % 9) + n % 17 + 30; ++k) {
+      seed = seed * 1103515245u + 12345u;
+      const unsigned int r = (seed >> 16) & 0x7fff;
+      text += r % density == 0 ? '\n' : (r % 11 == 0 ? '\r' : static_cast<char>('a' + r % 26));
+    }
+    texts.push_back(text);
+  }
+  for (const std::string& text : texts) {
+    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "t");
+    int line = 1, col = 1;
+    for (int k = 0; k < static_cast<int>(text.size()); ++k) {
+      int l = 0, c = 0;
+      ASSERT_EQ(0, source->GetPos(k, l, c));
+      ASSERT_EQ(std::make_pair(line, col), std::make_pair(l, c)) << "offset " << k << " of a text of " << text.size();
+      col = text[static_cast<size_t>(k)] == '\n' ? (++line, 1) : col + 1;
+    }
+    source->Release();
+  }
+}
+
+TEST(PreproPositions, OutOfRangeQueriesFailWithTheMessage) {
+  vnxSourceFile* source = new vnxSourceFile("int a;\nint b;\n", nullptr, TAFileName());
+  int line = 0, col = 0;
+  EXPECT_EQ(1, source->GetPos(0, line, col)) << "no tables before the pass";
+  EXPECT_EQ(1, source->getPosOfPreProcessedCharInRawStream(0)) << "a missing map answers 1";
+  EXPECT_EQ(0, source->GetPoint(0).GetLine());
+  ASSERT_EQ(0, source->preProcess());
+  for (int bad : {-1, source->GetSize()}) {
+    EXPECT_EQ(1, source->GetPos(bad, line, col));
+    EXPECT_STREQ("vnxSourceFile::GetPos - Position out of bounds", source->GetErrMsg());
+    EXPECT_EQ(-1, source->getPosOfPreProcessedCharInRawStream(bad));
+  }
+  ASSERT_EQ(0, source->GetPos(6, line, col));
+  EXPECT_EQ(std::make_pair(2, 1), std::make_pair(line, col));
+  source->Release();
+
+  source = new vnxSourceFile("/* only a comment */\n", nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  EXPECT_EQ(0, source->GetSize());
+  EXPECT_EQ(std::make_pair(0, 0), std::make_pair(source->GetPoint(0).GetLine(), source->GetPoint(0).GetCol()))
+      << "an empty stream answers the null point";
+  source->Release();
+}
+
+TEST(PreproPositionsDeathTest, PointOutsideTheStreamStopsTheProcess) {
+  vnxSourceFile* source = new vnxSourceFile("int a;", nullptr, TAFileName());
+  ASSERT_EQ(0, source->preProcess());
+  EXPECT_DEATH(source->GetPoint(source->GetSize()), "");
+  source->Release();
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "expression_render.h"
 
@@ -13,7 +11,6 @@ using exprtest::ParsedText;
 namespace {
 
 using exprtest::liveCounts;
-
 std::string repeat(const std::string& piece, int times) {
   std::string out;
   for (int i = 0; i < times; ++i) out += piece;
@@ -80,8 +77,7 @@ TEST(ExpressionDepth, ALeftDeepChainBuildsUpToDepth900AndFailsBeyond) {
   const std::vector<int> before = liveCounts();
   {
     // Directly under the root the expression is at depth 1: with 899 operators its leftmost operand is at 900.
-    BuiltExpression fits("a" + repeat("+a", 899));
-    EXPECT_EQ(fits.status(), 0);
+    EXPECT_EQ(BuiltExpression("a" + repeat("+a", 899)).status(), 0);
     BuiltExpression tooDeep("a" + repeat("+a", 900));
     EXPECT_EQ(tooDeep.status(), 1);
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), "Depth too high when building a vnxExpression : 901");

@@ -20,10 +20,7 @@ namespace exprtest {
 inline std::vector<int> liveCounts() {
   return {vnxSyntaxe::GetPoolLiveCount(), vnxInstruction::GetPoolLiveCount(), vnxExpression::GetPoolLiveCount()};
 }
-inline int liveTotal() {
-  const std::vector<int> counts = liveCounts();
-  return counts[0] + counts[1] + counts[2];
-}
+inline int liveTotal() { return liveCounts()[0] + liveCounts()[1] + liveCounts()[2]; }
 
 // Every node of the tree under root, depth first, root first.
 inline std::vector<vnxSyntaxe*> allNodes(vnxSyntaxe* root) {
@@ -36,18 +33,14 @@ inline std::vector<vnxSyntaxe*> allNodes(vnxSyntaxe* root) {
   return nodes;
 }
 
-inline std::string textOf(vnxSyntaxe* node) {
-  const char* text = node->GetContent();
-  return text ? text : "<no source>";
-}
+inline std::string textOf(vnxSyntaxe* node) { return node->GetContent() ? node->GetContent() : "<no source>"; }
 
 inline const char* preciseName(int preciseType) {
   static const struct { int type; const char* name; } names[] = {
       {0, "stmt"}, {9, "nil"}, {20, "return"}, {21, "delete"}, {22, "delete[]"}, {23, "virtual"}, {24, "static"},
       {25, "inline"}, {26, "free"}, {30, "for"}, {31, "if"}, {32, "while"}, {33, "switch"}, {34, "else"}, {35, "do"},
       {36, "case"}, {37, "default"}, {38, "goto"}, {39, "exit"}, {100, "except"}};
-  for (const auto& n : names)
-    if (n.type == preciseType) return n.name;
+  for (const auto& n : names) if (n.type == preciseType) return n.name;
   return "?";
 }
 
@@ -68,8 +61,7 @@ inline std::string render(vnxSyntaxe* node) {
           textOf(node->Child(1)) == textOf(node))
         return textOf(node);
       if (op == "st") return "st:" + textOf(node);
-      if (op.empty() && node->ChildCount() == 0) return "''";
-      if (node->ChildCount() == 0) return op;
+      if (node->ChildCount() == 0) return op.empty() ? "''" : op;
       return op + "(" + renderChildren(node, ",") + ")";
     }
     case vnxSyntaxe::kSyntaxeNULL: return node->GetSize() == 0 ? "~" : ";";
@@ -92,10 +84,7 @@ class RootedText {
         _root(vnxSyntaxe::CreateTAPSyntaxe(type, _source, 0, static_cast<int>(text.size()), 1)) {
     vnxSyntaxe::ErrMsg = "";
   }
-  ~RootedText() {
-    _root->Release();
-    _source->Release();
-  }
+  ~RootedText() { _root->Release(), _source->Release(); }
   RootedText(const RootedText&) = delete;
   RootedText& operator=(const RootedText&) = delete;
   int status() const { return _status; }

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "expression_render.h"
 
@@ -12,8 +10,7 @@ using exprtest::BuiltExpression;
 
 namespace {
 
-// Every expression node with its extent, depth first: two trees compare equal
-// when their layouts do, not only their texts.
+// Every node with its extent, depth first: two trees compare by layout, not only by text.
 std::string layout(vnxSyntaxe* root) {
   std::string out;
   for (vnxSyntaxe* node : exprtest::allNodes(root))
@@ -46,8 +43,7 @@ TEST(ExpressionShortcut, WordsApartBySpacesGiveTheTreeTheyGiveApartByTabs) {
 }
 
 TEST(ExpressionShortcut, EveryOperandSplitsAsItsOwnTextAlone) {
-  // Operands whose father's scan met no operator in them skip their own scan;
-  // parentheses narrowing drops open text that scan jumped over.
+  // Operands whose father's scan met no operator skip their own; narrowing drops text that scan jumped.
   const char* const rows[] = {"const Handle(Geom_Curve)& C", "a = (b+c)", "x = (b) * (c-d)", "!(a+b)", "i++ + j",
                               "p->q(r, s+t).u", "a == \"s+t\"", "f(x) + g(y,z)", "-(a) - (b)", "x = 'c' + 1.5e-3",
                               "a < b > c", "*p = &q"};
@@ -62,8 +58,7 @@ TEST(ExpressionShortcut, EveryOperandSplitsAsItsOwnTextAlone) {
 }
 
 TEST(ExpressionShortcut, ParenthesesMatchInATreeBuildAsTheyDoAlone) {
-  // A tree build keeps each bracket's answer for its later scans; an
-  // expression built alone keeps none. Both must read the same brackets.
+  // A tree build keeps each bracket's answer for later scans; one built alone keeps none.
   const char* const rows[] = {"f(L\"a)b\", Lx) + g(Ly)", "g(Lx, y) + h(L')', z)", "k(a[1], (b)) - m(Ly)",
                               "p(q(r), Ls(t)) * (L)", "u(\"(\") * v(w) , x(L)"};
   for (const char* text : rows) {

@@ -1,9 +1,6 @@
 // Expressions: where a text splits and how operands are laid out, as compact trees (expression_render.h).
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "expression_render.h"
 
 using exprtest::BuiltExpression;
@@ -110,8 +107,7 @@ TEST(ExpressionSplit, DroppingBlanksAndOuterParenthesesNarrowsTheNodeItself) {
   EXPECT_EQ(pair.tree(), "+(a,b)");
   EXPECT_STREQ(pair.node()->GetContent(), "(a)+(b)");
   BuiltExpression empty("( )");
-  EXPECT_EQ(empty.status(), 0);
-  EXPECT_EQ(empty.tree(), "''") << "no children and no operator";
+  EXPECT_TRUE(empty.status() == 0 && empty.tree() == "''") << "no children and no operator";
   EXPECT_STREQ(BuiltExpression("f(x)").node()->Child(2)->GetContent(), "x");  // the arguments' own extent
 }
 
@@ -128,9 +124,8 @@ TEST(ExpressionSplit, UnclosedBracketsAndLiteralsFailButKeepWhatWasBuilt) {
   }
 }
 
-}  // namespace
-
-// Bracket answers kept for one tree are forgotten before the next: each must come out as if built alone.
+// Bracket answers kept for one tree are forgotten before the next: each must come out as if built alone,
+// whether the stream is longer than any before or shorter after a long one.
 TEST(ExpressionSplit, EachTreeReadsOnlyItsOwnBracketAnswers) {
   static const Row rows[] = {
       {"f((a),b);", "stmt[mt(f,args(a,b))]"}, {"f((a,b));", "stmt[mt(f,args(,(a,b)))]"},
@@ -140,15 +135,9 @@ TEST(ExpressionSplit, EachTreeReadsOnlyItsOwnBracketAnswers) {
       {"{a;}{b;}", "{stmt[a]} | {stmt[b]}"}, {"{a;{b;}}", "{stmt[a];{stmt[b]}}"},
   };
   exprtest::expectTrees<exprtest::ParsedText>(rows);
-}
-
-// The kept bracket answers start empty whether the stream is longer than any before or shorter after a long one.
-TEST(ExpressionSplit, TreesOverLongerAndShorterStreamsReadOnlyTheirOwnBracketAnswers) {
-  using Piece = exprtest::TreeRow;
-  static const Piece pieces[] = {{"f((a),b);", "stmt[mt(f,args(a,b))]"}, {"x=(a+(b));", "stmt[=(x,+(a,b))]"}};
   static const int counts[] = {1, 70, 3000, 120000, 2, 5000};
   for (size_t round = 0; round < sizeof(counts) / sizeof(counts[0]); ++round) {
-    const Piece& piece = pieces[round % 2];  // alternate: each offset holds other brackets than before
+    const Row& piece = rows[round % 2 == 0 ? 0 : 3];  // alternate: each offset holds other brackets than before
     std::string text, expected;
     for (int k = 0; k < counts[round]; ++k) {
       text += piece.text;
@@ -159,3 +148,5 @@ TEST(ExpressionSplit, TreesOverLongerAndShorterStreamsReadOnlyTheirOwnBracketAns
     EXPECT_TRUE(parsed.tree() == expected) << counts[round] << " copies of " << piece.text;
   }
 }
+
+}  // namespace

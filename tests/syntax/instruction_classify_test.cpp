@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <string>
 
 #include "TestSupport.h"
 #include "expression_render.h"
@@ -69,7 +68,7 @@ TEST(InstructionBuild, ControlledStatementsBecomeBlocksInstructionsOrNullNodes) 
   expectTrees(rows);
 }
 
-TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBases) {
+TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBasesTheLastOneAsLastLeaf) {
   static const Row rows[] = {
       {"class A : public B { int x; };", "decl:stmt[#A,B] | {stmt[dc(int,x)]} | ;"},
       {"class ExportedByXYZ Foo : public Bar { };", "decl:stmt[#Foo,Bar] | {} | ;"},
@@ -85,9 +84,6 @@ TEST(InstructionBuild, TypeDeclarationsNameTheTypeThenListTheirBases) {
       {"void f() { return; }", "decl:stmt[mt(dc(void,f),args())] | {return[;]}"},
   };
   expectTrees(rows);
-}
-
-TEST(InstructionBuild, TheLastBaseOrTypedefNameIsTheLastLeaf) {
   ParsedText parsed("class ExportedByXYZ Foo : public Bar, protected Baz {};"), typedefs("typedef struct P0 {} P;");
   EXPECT_STREQ(parsed.root()->Child(1)->GetLastLeaf()->GetContent(), "Baz");
   EXPECT_STREQ(typedefs.root()->Child(3)->GetLastLeaf()->GetContent(), "P");
@@ -103,7 +99,7 @@ int buildDirect(const std::string& text, int size, std::string& tree) {
   return status;
 }
 
-TEST(InstructionBuild, FailuresSetTheirMessageAndKeepTheChildrenBuiltBefore) {
+TEST(InstructionBuild, FailuresSetTheirMessageKeepEarlierChildrenAndBlanksMakeANullInstruction) {
   static const struct { const char* text; const char* message; const char* tree; } rows[] = {
       {"delete[ p", "Problem : missing end of [ in delete[]", "delete[][]"}, {"if(a", "Missing )", "if[]"},
       {"if(a){ x;", "Missing TAPBloc end at line 1 col 6", "if[a]"},
@@ -121,10 +117,6 @@ TEST(InstructionBuild, FailuresSetTheirMessageAndKeepTheChildrenBuiltBefore) {
     EXPECT_STREQ(vnxSyntaxe::GetErrMsg().CastToCharPtr(), row.message) << row.text;
     EXPECT_EQ(tree, row.tree) << row.text;
   }
-}
-
-TEST(InstructionBuild, BlanksOrALoneSemicolonMakeANullInstruction) {
-  std::string tree;
   for (const std::string text : {"   ", " ; ", ""}) {
     EXPECT_EQ(buildDirect(text, static_cast<int>(text.size()), tree), 0);
     EXPECT_EQ(tree, "nil[]") << '"' << text << '"';

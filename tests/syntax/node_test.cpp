@@ -1,13 +1,8 @@
 // The node: pools, children, siblings, positions, text, paths, comparison, dump.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "TestSupport.h"
 #include "expression_render.h"
-#include "vnxExpression.h"
-#include "vnxInstruction.h"
 #include "vnxSyntaxePath.h"
 
 namespace {
@@ -27,8 +22,7 @@ class Tree : public exprtest::RootedText {
  public:
   explicit Tree(const char* text, int type = vnxSyntaxe::kFile, const char* name = "t.cpp")
       : RootedText(text, name, type) {}
-  // A child of father over [begin, begin + size), appended.
-  vnxSyntaxe* add(vnxSyntaxe* father, int type, int begin, int size) {
+  vnxSyntaxe* add(vnxSyntaxe* father, int type, int begin, int size) {  // over [begin, begin + size), appended
     return Attach::append(father, vnxSyntaxe::CreateTAPSyntaxe(type, father, begin, size, father->ChildCount() + 1));
   }
 };
@@ -41,7 +35,6 @@ TEST(TreeNode, PoolGrowsByWholeBlocksAndFreesThemWhenEveryNodeIsGone) {
   EXPECT_EQ(vnxSyntaxe::GetPoolLiveCount(), 1025);
   EXPECT_EQ(vnxSyntaxe::GetPoolBlockCount(), 2);
   EXPECT_EQ(source->GetRefCount(), 1026) << "every node holds its source";
-
   for (int i = 0; i < 1024; ++i) nodes[i]->Release();
   EXPECT_EQ(vnxSyntaxe::GetPoolBlockCount(), 1) << "the first block is freed once all its nodes are dead";
   vnxSyntaxe* more = vnxSyntaxe::CreateTAPSyntaxe(1, source, 1, 1, 1);
@@ -93,8 +86,7 @@ TEST(TreeNode, SiblingsAreFoundAtBothEndsAndForMisplacedNodes) {
 
   // A node whose recorded position is wrong is still found; one never appended has no siblings.
   vnxSyntaxe* stray = Attach::append(tree.root(), vnxSyntaxe::CreateTAPSyntaxe(5, tree.root(), 3, 1, 1));
-  EXPECT_EQ(stray->getPrevious(), c);
-  EXPECT_EQ(stray->getNext(), nullptr);
+  EXPECT_TRUE(stray->getPrevious() == c && stray->getNext() == nullptr);
   vnxSyntaxe* orphan = vnxSyntaxe::CreateTAPSyntaxe(5, tree.root(), 0, 1, 1);
   EXPECT_TRUE(orphan->getNext() == nullptr && orphan->getPrevious() == nullptr);
   orphan->Release();
@@ -127,14 +119,12 @@ TEST(TreeNode, ASubtreeHeldFromOutsideOutlivesItsTreeWithItsSourceAndChildren) {
   vnxSyntaxe* deepLeaf = held->GetLastLeaf();
   deepLeaf->AddRef();  // a second outside hold, inside the held subtree
   held->AddRef();
-
   root->Release();
   EXPECT_EQ(liveTotal(), baseline + heldNodes) << "only the held subtree is left";
   EXPECT_EQ(source->GetRefCount(), 1 + heldNodes) << "each node left still holds the source";
   EXPECT_EQ(subtreeSize(held), heldNodes);
   EXPECT_STREQ(held->GetContent(), "if(x) { y = g(z, w); }");
   EXPECT_STREQ(deepLeaf->GetContent(), "w");
-
   held->Release();
   EXPECT_EQ(liveTotal(), baseline + 1) << "the leaf still held";
   EXPECT_STREQ(deepLeaf->GetContent(), "w");
@@ -174,7 +164,7 @@ TEST(TreeNode, ReleasingATreeGivesEachNodeBackWhereItCameFrom) {
   EXPECT_EQ(liveTotal(), baseline);
 }
 
-TEST(TreeNode, PositionsAndTextComeFromTheSourceStream) {
+TEST(TreeNode, PositionsTextAndBlockSizesComeFromTheSourceStream) {
   Tree tree("ab\ncd_var *p*");
   vnxSyntaxe* node = tree.add(tree.root(), 5, 3, 6);  // "cd_var"
   EXPECT_EQ(node->GetEnd(), 9);
@@ -194,6 +184,10 @@ TEST(TreeNode, PositionsAndTextComeFromTheSourceStream) {
   EXPECT_EQ(tree.add(tree.root(), 5, 10, 1)->IsPointer(), 0) << "a lone '*' is not a pointer";
   EXPECT_EQ(tree.add(tree.root(), 5, 11, 2)->IsPointer(), 1);
   EXPECT_EQ(tree.add(tree.root(), 5, 5, 4)->IsHandler(), 0) << "\"_var\" alone is not a handler";
+  Tree blocks("{a\nb\nc}{}x");  // a block's size in lines
+  EXPECT_EQ(blocks.add(blocks.root(), 2, 1, 5)->GetBlocSize(), 3);
+  EXPECT_EQ(blocks.add(blocks.root(), 2, 8, 0)->GetBlocSize(), 1);
+  EXPECT_EQ(blocks.add(blocks.root(), 3, 1, 5)->GetBlocSize(), 0) << "only blocks have a size in lines";
 }
 
 TEST(TreeNode, EmptyAndSourcelessNodesAnswerNeutralValues) {
@@ -211,13 +205,6 @@ TEST(TreeNode, EmptyAndSourcelessNodesAnswerNeutralValues) {
   EXPECT_EQ((std::vector<int>{bare->getBeginPosInChar(), bare->StartWith(""), line, bare->Build(1), bare->Dump("", 1)}),
             (std::vector<int>{-1, 0, 7, 1, 1}));
   bare->Release();
-}
-
-TEST(TreeNode, BlocSizeCountsTheLinesOfABlock) {
-  Tree tree("{a\nb\nc}{}x");
-  EXPECT_EQ(tree.add(tree.root(), 2, 1, 5)->GetBlocSize(), 3);
-  EXPECT_EQ(tree.add(tree.root(), 2, 8, 0)->GetBlocSize(), 1);
-  EXPECT_EQ(tree.add(tree.root(), 3, 1, 5)->GetBlocSize(), 0) << "only blocks have a size in lines";
 }
 
 std::vector<int> positions(const ZELRawCollint& list) {
@@ -245,7 +232,6 @@ TEST(TreeNode, PathsCarryFilePositionsAndPointsAndCompareByCharacters) {
   vnxSyntaxePath path(cExpression);
   EXPECT_STREQ(path.GetFilePath(), "path.cpp");
   EXPECT_EQ(positions(path.GetPosInTree()), (std::vector<int>{2, 2, 1}));
-  EXPECT_EQ(vnxSyntaxePath(root).GetPosInTree().Size(), 0);
   const struct { vnxSyntaxe* node; const char* points; } rows[] = {
       {cExpression, "2:6-2:6"}, {root, "1:1-2:9"}, {block, "2:1-2:9"} /* with its braces */, {empty, "2:5-2:5"}};
   for (const auto& row : rows) EXPECT_EQ(points(vnxSyntaxePath(row.node)), row.points) << row.points;
@@ -270,10 +256,11 @@ TEST(TreeNode, PathsCarryFilePositionsAndPointsAndCompareByCharacters) {
     EXPECT_EQ(copy->IsEqual(path), 1);
     EXPECT_EQ(positions(copy->GetPosInTree()), positions(path.GetPosInTree()));
   }
-  vnxSyntaxePath fromNull(static_cast<vnxSyntaxePath*>(nullptr)), ofNull(static_cast<vnxSyntaxe*>(nullptr));
+  vnxSyntaxePath fromNull(static_cast<vnxSyntaxePath*>(nullptr)), ofNull(static_cast<vnxSyntaxe*>(nullptr)),
+      ofRoot(root);
+  for (vnxSyntaxePath* none : {&fromNull, &ofNull, &ofRoot}) EXPECT_EQ(none->GetPosInTree().Size(), 0);
   for (vnxSyntaxePath* none : {&fromNull, &ofNull}) {
     EXPECT_STREQ(none->GetFilePath(), "");
-    EXPECT_EQ(none->GetPosInTree().Size(), 0);
     EXPECT_EQ(points(*none), "0:0-0:0");
   }
 }
@@ -324,7 +311,6 @@ TEST(TreeNode, DumpOfAnUnknownTypeStopsThere) {
   Tree tree("abc", vnxSyntaxe::kHeader, "h.h");
   vnxSyntaxe* odd = tree.add(tree.root(), 42, 0, 1);
   tree.add(odd, 5, 0, 1);
-  vnxSyntaxe::ErrMsg = "";
   StreamCapture capture;
   EXPECT_EQ(odd->Dump("  ", 1), 1);
   EXPECT_EQ(capture.text(), "  Unknown !\n");

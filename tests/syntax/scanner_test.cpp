@@ -75,7 +75,7 @@ TEST(TreeScanner, BackwardSearchesFindTheOpeningCharacter) {
   });
 }
 
-TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
+TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessageAndWordCharactersArePlainAscii) {
   // A literal right behind a wide string is checked too, and so is one right behind a slash.
   const struct { const char* text; int withComments; const char* message; } rows[] = {
       {"(L\"a)", 0, "Missing \""}, {"(L'a)", 0, "Missing '"}, {"{ L\"a\"'b }", 0, "Missing '"},
@@ -91,9 +91,6 @@ TEST(TreeScanner, UnclosedWideLiteralsAndCommentsLeaveAMessage) {
   vnxSyntaxe::ErrMsg = "";
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar("(\"a)", 0, 3), 0);
   EXPECT_STREQ(vnxSyntaxe::GetErrMsg(), "") << "a plain unclosed string fails silently";
-}
-
-TEST(TreeScanner, AlphaNumIsPlainAscii) {
   for (char c : std::string("azAZ09_")) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 1) << c;
   for (char c : std::string(" -$.\xe9\x80")) EXPECT_EQ(vnxSyntaxe::isAlphaNumOrUnderScoreChar(c), 0) << int(c);
 }
@@ -106,7 +103,6 @@ TEST(TreeScanner, DeepAlternatingBracketsFailInsteadOfExhaustingTheStack) {
   };
   const std::string deep = nested(5000), fine = nested(200), prefixed = "x" + deep;
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(deep.c_str(), 0, lastOf(deep.c_str())), 0);
-  // Backward, the same text needs no nesting at all.
   EXPECT_EQ(vnxSyntaxe::SearchBeginOfPar(prefixed.c_str(), lastOf(prefixed.c_str()), 0), 1);
   EXPECT_EQ(vnxSyntaxe::SearchEndOfPar(fine.c_str(), 0, lastOf(fine.c_str())), lastOf(fine.c_str()));
 }
@@ -131,24 +127,16 @@ TEST(TreeScanner, InstructionEndFollowsStatementsLabelsAndBlocks) {
   }
 }
 
-TEST(TreeScanner, InstructionEndInNestedModeTakesTheWholeBlock) {
-  const char* text = "x{a;}y;";
-  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 1, 0), 4);
-  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 0, 0), 0);  // just before the '{'
-  // A pending '?' from the caller answers the first ':'.
-  const char* colon = "b : c;";
-  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(colon, 0, lastOf(colon), 0, 1), 5);
-  EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(colon, 0, lastOf(colon), 0, 0), 2);
-}
-
-TEST(TreeScanner, InstructionEndFailsOnUnclosedConstructs) {
-  const char* rows[] = {"f(a;", "s = \"abc;", "c = 'a;", "if(a;", "x[1;"};
-  for (const char* text : rows) EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(text, 0, lastOf(text), 0, 0), 0) << text;
+// (text, nested, pending '?', answer): nested mode takes a whole block; a pending '?' answers the first ':'.
+TEST(TreeScanner, InstructionEndHonoursNestingAPendingQuestionAndFailsOnUnclosedConstructs) {
+  const struct { const char* text; int nested, question, end; } rows[] = {
+      {"x{a;}y;", 1, 0, 4}, {"x{a;}y;", 0, 0, 0} /* just before the '{' */, {"b : c;", 0, 1, 5}, {"b : c;", 0, 0, 2},
+      {"f(a;", 0, 0, 0}, {"s = \"abc;", 0, 0, 0}, {"c = 'a;", 0, 0, 0}, {"if(a;", 0, 0, 0}, {"x[1;", 0, 0, 0}};
+  for (const auto& row : rows)
+    EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction(row.text, 0, lastOf(row.text), row.nested, row.question), row.end)
+        << row.text;
   EXPECT_EQ(vnxSyntaxe::SearchEndOfTAPInstruction("a;", 1, 0, 0, 0), 0) << "limit below from";
-}
-
-TEST(TreeScanner, ChainedControlledStatementsAreCappedAtTheNestingLimit) {
-  std::string ok;
+  std::string ok;  // chained controlled statements are capped at the nesting limit
   for (int i = 0; i < vnxSyntaxe::kMaxInstructionNesting; ++i) ok += "if(a)";
   const std::string tooDeep = "if(a)" + ok + "x; y;";
   ok += "x; y;";
@@ -163,8 +151,7 @@ TEST(TreeScanner, ScannersNeverReadPastLimit) {
   for (const char* sample : samples) {
     const int length = static_cast<int>(std::strlen(sample));
     for (int n = 1; n <= length; ++n) {
-      char* copy = new char[n];
-      std::memcpy(copy, sample, static_cast<size_t>(n));
+      char* copy = static_cast<char*>(std::memcpy(new char[n], sample, static_cast<size_t>(n)));
       const int limit = n - 1;
       for (int from = 0; from <= limit; ++from) {
         for (int nested = 0; nested < 2; ++nested)
