@@ -9,6 +9,10 @@
 #if defined(__GLIBC__)
 #include <malloc.h>
 #endif
+#if defined(__linux__)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 #include "CliCommand.h"
 
@@ -92,8 +96,34 @@ static void keepFreedMemory() {
 #endif
 }
 
+// A large file's tables, stream and tree are written once, page after page:
+// on 4 KB pages every one of them is a fault, and the faults of the largest
+// file's first touch were about a twelfth of a sweep. The heap is grown once,
+// far enough for any ordinary peak (only address space: nothing is touched),
+// and marked for transparent huge pages, which the kernel here gives only to
+// ranges that ask. Growth past it still works, on small pages.
+static void preferHugePages() {
+#if defined(__GLIBC__) && defined(__linux__) && defined(MADV_HUGEPAGE)
+  const size_t kReserve = size_t(192) << 20;
+  const uintptr_t kHuge = uintptr_t(2) << 20;
+  mallopt(M_TOP_PAD, static_cast<int>(kReserve));
+  const uintptr_t from = reinterpret_cast<uintptr_t>(sbrk(0));
+  // A request beyond the heap's top makes malloc extend it by the request
+  // and the pad; freed, the extension stays as the heap's free top.
+  // (The volatile keeps the compiler from dropping the unused pair.)
+  void* volatile probe = std::malloc(size_t(1) << 20);
+  std::free(probe);
+  const uintptr_t to = reinterpret_cast<uintptr_t>(sbrk(0));
+  mallopt(M_TOP_PAD, 128 << 10);
+  const uintptr_t first = (from + kHuge - 1) & ~(kHuge - 1);
+  const uintptr_t last = to & ~(kHuge - 1);
+  if (last > first) madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+#endif
+}
+
 int main(int argc, char** argv) {
   keepFreedMemory();
+  preferHugePages();
   if (argc < 2) {
     printHelp(std::cerr);
     return kCliBadInput;
