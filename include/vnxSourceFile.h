@@ -28,6 +28,7 @@ class vnxZELPreproDirective;
 class vnxPreproConditionalGroup;
 class vnxSymbolTable;
 class vnxPreprocessor;
+class vnxLineIndex;
 
 class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter {
  public:
@@ -92,9 +93,10 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   static void getMacroWithSemicolon(ZELListVal<ZELString>& out);
 
   // Raw-side tables (valid after preProcess; null before). One entry per raw
-  // character; lines and columns from 1.
-  const unsigned int* getRawLineTable() const { return _lineTable; }
-  const unsigned int* getRawColumnTable() const { return _columnTable; }
+  // character; lines and columns from 1. Made at the first call: the file
+  // itself keeps only where each line starts.
+  const unsigned int* getRawLineTable() const;
+  const unsigned int* getRawColumnTable() const;
   int getRawSize() const { return _rawSize; }
   const int* getPositionMap() const { return _positionMap; }
 
@@ -124,8 +126,7 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   int _nbCodeLine = 0;
   int _preProcessed = 0;
   int _rawSize = 0;
-  unsigned int* _lineTable = nullptr;
-  unsigned int* _columnTable = nullptr;
+  vnxLineIndex* _lineIndex = nullptr;  // of the raw text; null before the pass
   int* _positionMap = nullptr;
   ZELListPtr<vnxComment>* _commentList = nullptr;
   // Comments are appended as they come and put in order when the list is

@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+#include "vnxLineIndex.h"
+
 class vnxBranchMemo {
  public:
   // The working text the walks run over, and the mapping of its positions to
@@ -32,13 +34,9 @@ class vnxBranchMemo {
   }
   const char* text() const { return _text; }
 
-  // The raw text's line and column of every character, to place recorded
-  // ends without reading the text again.
-  void setTables(const unsigned int* lines, const unsigned int* columns, int rawSize) {
-    _lines = lines;
-    _columns = columns;
-    _rawSize = rawSize;
-  }
+  // The raw text's lines, to place recorded ends without reading the text
+  // again.
+  void setLines(const vnxLineIndex* lines) { _lines = lines; }
 
   // The number of newlines from working position `from` to `to` and the
   // column of `to`, from the raw tables; false when either position is not
@@ -46,9 +44,9 @@ class vnxBranchMemo {
   // newlines are gone from the working text).
   bool rawLinesBetween(int from, int to, unsigned int& lines, unsigned int& column) const {
     const int a = from - _delta, b = to - _delta;
-    if (from < _rawFrom || !_lines || a < 0 || b < a || b >= _rawSize || blankedWithin(a, b)) return false;
-    lines = _lines[b] - _lines[a];
-    column = _columns[b];
+    if (from < _rawFrom || !_lines || a < 0 || b < a || b >= _lines->size() || blankedWithin(a, b)) return false;
+    lines = _lines->line(b) - _lines->line(a);
+    column = _lines->column(b);
     return true;
   }
 
@@ -103,9 +101,7 @@ class vnxBranchMemo {
   const char* _text = nullptr;
   int _delta = 0;
   int _rawFrom = 0;
-  const unsigned int* _lines = nullptr;
-  const unsigned int* _columns = nullptr;
-  int _rawSize = 0;
+  const vnxLineIndex* _lines = nullptr;
   // Raw start newline -> raw end newline, both never negative: an open
   // addressing table in one array, since a pass records thousands of ends
   // and a node per entry cost more than the walks it saves.

@@ -11,6 +11,7 @@
 #include "TAPerfoAv.h"
 #include "ZELFileBuffer.h"
 #include "source/vnxDiag.h"
+#include "source/vnxLineIndex.h"
 #include "source/vnxPreproDirectiveParser.h"
 #include "vnxCComment.h"
 #include "vnxCppComment.h"
@@ -121,12 +122,12 @@ void vnxPreprocessor::releaseWork() {
 
 int vnxPreprocessor::lineOf(int raw) const {
   if (raw < 0 || raw >= _file._rawSize) return 1;
-  return static_cast<int>(_file._lineTable[raw]);
+  return static_cast<int>(_file._lineIndex->line(raw));
 }
 
 int vnxPreprocessor::colOf(int raw) const {
   if (raw < 0 || raw >= _file._rawSize) return 1;
-  return static_cast<int>(_file._columnTable[raw]);
+  return static_cast<int>(_file._lineIndex->column(raw));
 }
 
 namespace {
@@ -173,7 +174,7 @@ int vnxPreprocessor::run() {
   f._rawSize = rawSize;
   f.buildLineAndColumnTables(raw, rawSize);
   setup(raw, rawSize);
-  _branchMemo.setTables(f._lineTable, f._columnTable, rawSize);
+  _branchMemo.setLines(f._lineIndex);
   syncBranchMemo();
 
   for (int i = 0; _work[i] != '\0'; ++i) {
@@ -291,7 +292,7 @@ void vnxPreprocessor::finish() {
   _out[_outLength] = '\0';
   f._preProcessedStreamSize = _outLength;
   if (vnxResources::isPerfosMeasureActivated() && vnxSourceFile::perfoLineProcessed)
-    vnxSourceFile::perfoLineProcessed->Add(f._lineTable[f._rawSize - 1]);
+    vnxSourceFile::perfoLineProcessed->Add(f._lineIndex->lastLine());
   // Shrink to what the stream needs; the pass's working room is released.
   f._preProcessedStream = static_cast<char*>(std::realloc(_out, static_cast<size_t>(_outLength) + 1));
   f._positionMap = static_cast<int*>(std::realloc(_map, sizeof(int) * (static_cast<size_t>(_outLength) + 1)));

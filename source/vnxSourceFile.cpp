@@ -15,6 +15,7 @@
 #include "TAPerfoAv.h"
 #include "ZELFileBuffer.h"
 #include "source/vnxDiag.h"
+#include "source/vnxLineIndex.h"
 #include "source/vnxMacroRegistry.h"
 #include "vnxComment.h"
 #include "vnxPreproConditionalGroup.h"
@@ -130,88 +131,23 @@ vnxSourceFile::~vnxSourceFile() {
   if (_fileBuffer) _fileBuffer->destroy();
   std::free(_searchCopy);
   std::free(_preProcessedStream);
-  std::free(_lineTable);
-  std::free(_columnTable);
+  delete _lineIndex;
   std::free(_positionMap);
 }
 
 // --- positions -------------------------------------------------------------
 
-namespace {
-
-// Entries the tables get beyond the text: the vector fill below writes whole
-// groups of four and may run up to three entries past the last character.
-constexpr size_t kTableSpare = 3;
-
-// Line and column of every character of raw[0, size). Sixteen characters at
-// a time where the machine has 128-bit vectors: each chunk is first written
-// as if it were all one line, then every line that starts inside it is
-// written again from its start, so a chunk costs a few stores plus a few
-// per newline, and no test per character. (A loop per line, as before, paid
-// a search and two loop set-ups per line, about four instructions per
-// character on ordinary code.)
-void fillLineAndColumn(const char* raw, int size, unsigned int* lines, unsigned int* columns) {
-  unsigned int line = 1;
-  unsigned int column = 1;  // of raw[k]
-  int k = 0;
-#if defined(__SSE2__)
-  const __m128i newline = _mm_set1_epi8('\n');
-  const __m128i steps = _mm_set_epi32(3, 2, 1, 0);
-  const __m128i four = _mm_set1_epi32(4);
-  for (; k + 16 <= size; k += 16) {
-    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(raw + k));
-    unsigned int newlines = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, newline)));
-    const __m128i lineVector = _mm_set1_epi32(static_cast<int>(line));
-    const __m128i columnVector = _mm_add_epi32(_mm_set1_epi32(static_cast<int>(column)), steps);
-    for (int j = 0; j < 16; j += 4) {
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(lines + k + j), lineVector);
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + k + j),
-                       _mm_add_epi32(columnVector, _mm_set1_epi32(j)));
-    }
-    int from = k;
-    while (newlines != 0) {
-      // The newline belongs to the line it ends; the next line starts after it.
-      from = k + __builtin_ctz(newlines) + 1;
-      newlines &= newlines - 1;
-      ++line;
-      const __m128i nextLine = _mm_set1_epi32(static_cast<int>(line));
-      __m128i nextColumn = _mm_add_epi32(_mm_set1_epi32(1), steps);
-      for (int j = from; j < k + 16; j += 4) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(lines + j), nextLine);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(columns + j), nextColumn);
-        nextColumn = _mm_add_epi32(nextColumn, four);
-      }
-      column = 1;
-    }
-    column += static_cast<unsigned int>(k + 16 - from);
-  }
-#endif
-  for (; k < size; ++k) {
-    lines[k] = line;
-    columns[k] = column;
-    if (raw[k] == '\n') {
-      ++line;
-      column = 1;
-    } else {
-      ++column;
-    }
-  }
+void vnxSourceFile::buildLineAndColumnTables(const char* raw, int rawSize) {
+  if (!_lineIndex) _lineIndex = new vnxLineIndex();
+  _lineIndex->build(raw, rawSize);
 }
 
-}  // namespace
+const unsigned int* vnxSourceFile::getRawLineTable() const {
+  return _lineIndex ? _lineIndex->lineTable() : nullptr;
+}
 
-void vnxSourceFile::buildLineAndColumnTables(const char* raw, int rawSize) {
-  std::free(_lineTable);
-  std::free(_columnTable);
-  const size_t entries = static_cast<size_t>(rawSize > 0 ? rawSize : 1) + kTableSpare;
-  _lineTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
-  _columnTable = static_cast<unsigned int*>(std::malloc(sizeof(unsigned int) * entries));
-  if (rawSize <= 0) {
-    _lineTable[0] = 0;
-    _columnTable[0] = 0;
-    return;
-  }
-  fillLineAndColumn(raw, rawSize, _lineTable, _columnTable);
+const unsigned int* vnxSourceFile::getRawColumnTable() const {
+  return _lineIndex ? _lineIndex->columnTable() : nullptr;
 }
 
 namespace {
@@ -228,16 +164,16 @@ namespace {
 // two ends lie in the file lies in it whole, so the checks cover the map.
 // Answers -1, having read no table entry outside the file, when an entry
 // lies outside.
-int countCodeLines(const int* map, int count, const unsigned int* lines, unsigned int rawSize) {
+int countCodeLines(const int* map, int count, const vnxLineIndex& lines, unsigned int rawSize) {
   if (count <= 0) return 0;
   if (static_cast<unsigned int>(map[0]) >= rawSize) return -1;
-  unsigned int previous = lines[map[0]];
+  unsigned int previous = lines.line(map[0]);
   int codeLines = previous != 0 ? 1 : 0;
   int k = 1;
   while (k < count) {
     if (map[k] != map[k - 1] + 1) {
       if (static_cast<unsigned int>(map[k]) >= rawSize) return -1;
-      const unsigned int line = lines[map[k]];
+      const unsigned int line = lines.line(map[k]);
       codeLines += line > previous ? 1 : 0;
       previous = line;
       ++k;
@@ -261,7 +197,7 @@ int countCodeLines(const int* map, int count, const unsigned int* lines, unsigne
 #endif
     while (j < count && map[j] == map[j - 1] + 1) ++j;
     if (static_cast<unsigned int>(map[j - 1]) >= rawSize) return -1;
-    const unsigned int line = lines[map[j - 1]];
+    const unsigned int line = lines.line(map[j - 1]);
     codeLines += static_cast<int>(line - previous);
     previous = line;
     k = j;
@@ -275,34 +211,34 @@ void vnxSourceFile::countLines() {
   _nbCodeLine = 0;
   _nbLine = 0;
   const int size = _preProcessedStreamSize;
-  if (!_lineTable || !_positionMap || size <= 0) return;
+  if (!_lineIndex || !_lineIndex->built() || !_positionMap || size <= 0) return;
   const int* map = _positionMap;
   const unsigned int rawSize = static_cast<unsigned int>(_rawSize);
   // The count checks the positions it reads, which is enough for a map that
   // lies in the file, the usual case.
-  const int codeLines = countCodeLines(map, size, _lineTable, rawSize);
+  const int codeLines = countCodeLines(map, size, *_lineIndex, rawSize);
   if (codeLines >= 0) {
     _nbCodeLine = codeLines;
-    _nbLine = static_cast<int>(_lineTable[_positionMap[size - 1]]);
+    _nbLine = static_cast<int>(_lineIndex->line(_positionMap[size - 1]));
     return;
   }
   // A position outside the file stops the count there.
   int counted = 0;
   while (static_cast<unsigned int>(map[counted]) < rawSize) ++counted;
-  _nbCodeLine = countCodeLines(map, counted, _lineTable, rawSize);
+  _nbCodeLine = countCodeLines(map, counted, *_lineIndex, rawSize);
   vnxdiag::error(ZELString("Problem in processing of file ") + _name);
   vnxdiag::error(ZELString("\t file content has certainly excedeeded buffer [rawStreamSize=") +
                  toString(_rawSize) + ", posInRawStream=" + toString(map[counted]) + "]");
 }
 
 int vnxSourceFile::GetPos(int pos, int& line, int& col) const {
-  if (!_positionMap || !_lineTable || !_columnTable) return 1;
+  if (!_positionMap || !_lineIndex || !_lineIndex->built()) return 1;
   if (pos < 0 || pos >= _preProcessedStreamSize || _positionMap[pos] < 0 || _positionMap[pos] >= _rawSize) {
     _errMsg = kOutOfBounds;
     return 1;
   }
-  line = static_cast<int>(_lineTable[_positionMap[pos]]);
-  col = static_cast<int>(_columnTable[_positionMap[pos]]);
+  line = static_cast<int>(_lineIndex->line(_positionMap[pos]));
+  col = static_cast<int>(_lineIndex->column(_positionMap[pos]));
   return 0;
 }
 
@@ -316,7 +252,7 @@ int vnxSourceFile::getPosOfPreProcessedCharInRawStream(int pos) {
 }
 
 vnxSyntaxePoint vnxSourceFile::GetPoint(int pos) {
-  if (!_positionMap || !_lineTable || !_columnTable) return vnxSyntaxePoint(0, 0);
+  if (!_positionMap || !_lineIndex || !_lineIndex->built()) return vnxSyntaxePoint(0, 0);
   if (pos == 0 && _preProcessedStreamSize == 0) return vnxSyntaxePoint(0, 0);
   if (pos < 0 || pos >= _preProcessedStreamSize || _positionMap[pos] < 0 || _positionMap[pos] >= _rawSize) {
     // A position outside the stream is a caller bug, not bad input: stop hard.
@@ -324,8 +260,8 @@ vnxSyntaxePoint vnxSourceFile::GetPoint(int pos) {
     wbStdout << "    b :   " << pos << endl;
     std::abort();
   }
-  return vnxSyntaxePoint(static_cast<int>(_lineTable[_positionMap[pos]]),
-                         static_cast<int>(_columnTable[_positionMap[pos]]));
+  return vnxSyntaxePoint(static_cast<int>(_lineIndex->line(_positionMap[pos])),
+                         static_cast<int>(_lineIndex->column(_positionMap[pos])));
 }
 
 // --- comments, directives, groups -------------------------------------------

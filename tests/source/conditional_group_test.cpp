@@ -222,14 +222,8 @@ TEST(ConditionalDump, AGroupDumpsItsDirectivesBetweenTheFrenchBanners) {
 
 TEST(BranchMemo, LinesAndEndsAreAnsweredOnlyOverTextNotBlankedAhead) {
   const char* text = "a\nbb\nc\ndd\ne\n";  // newlines at 1, 4, 6, 9, 11
-  const int size = static_cast<int>(std::strlen(text));
-  std::vector<unsigned int> lines(static_cast<size_t>(size)), columns(static_cast<size_t>(size));
-  unsigned int line = 1, column = 1;
-  for (int k = 0; k < size; ++k) {
-    lines[static_cast<size_t>(k)] = line;
-    columns[static_cast<size_t>(k)] = column;
-    column = text[k] == '\n' ? (++line, 1) : column + 1;
-  }
+  vnxLineIndex lines;
+  lines.build(text, static_cast<int>(std::strlen(text)));
   // Nothing blanked; a stretch inside, meeting the start, meeting the end; one before; one after.
   const struct { int blankFrom, blankTo, from, to; bool answered; unsigned int lines, column; } cases[] = {
       {-1, -2, 1, 9, true, 3, 3}, {5, 6, 1, 9, false, 0, 0}, {0, 1, 1, 9, false, 0, 0},
@@ -238,7 +232,7 @@ TEST(BranchMemo, LinesAndEndsAreAnsweredOnlyOverTextNotBlankedAhead) {
   for (const auto& c : cases) {
     vnxBranchMemo memo;
     memo.setText(text, 0, 0);
-    memo.setTables(lines.data(), columns.data(), size);
+    memo.setLines(&lines);
     memo.record(c.from, c.to);
     memo.blanked(c.blankFrom, c.blankTo, 0);
     unsigned int counted = 0, col = 0;

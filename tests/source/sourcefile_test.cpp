@@ -208,8 +208,10 @@ TEST(PreproPositions, MapThroughSqueezingCommentsBlankedBranchesAndExpansions) {
   EXPECT_EQ(std::string::npos, stream.find("EXP_"));
 }
 
-// Tables filled sixteen characters at a time count as a character walk: newlines at any chunk offset, runs, ends.
-TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
+// Line starts found sixteen characters at a time count as a character walk (newlines at any chunk offset, runs,
+// ends), whatever the order of the questions (the index remembers the last line it answered), and the whole
+// per-character tables made on request agree.
+TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyTextInAnyOrder) {
   std::vector<std::string> texts;
   for (int length = 0; length <= 40; ++length) {
     texts.push_back(std::string(static_cast<size_t>(length), 'a'));
@@ -219,25 +221,43 @@ TEST(PreproPositions, LineAndColumnOfEveryCharacterOfAnyText) {
                       std::string(static_cast<size_t>(length - at - 1), 'x'));
   }
   unsigned int seed = 12345;
+  const auto next = [&seed] {
+    seed = seed * 1103515245u + 12345u;
+    return (seed >> 16) & 0x7fff;
+  };
   for (int n = 0; n < 40; ++n) {
     std::string text;
     const unsigned int density = 1u << (1 + n % 7);  // one newline in 2 to 128 characters, on average
-    for (int k = 0; k < 16 * (n % 9) + n % 17 + 30; ++k) {
-      seed = seed * 1103515245u + 12345u;
-      const unsigned int r = (seed >> 16) & 0x7fff;
+    for (int k = 0; k < 16 * (n % 9) + n % 17 + 30 + (n % 10 == 0 ? 3000 : 0); ++k) {
+      const unsigned int r = next();
       text += r % density == 0 ? '\n' : (r % 11 == 0 ? '\r' : static_cast<char>('a' + r % 26));
     }
     texts.push_back(text);
   }
   for (const std::string& text : texts) {
-    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "t");
+    const int size = static_cast<int>(text.size());
+    std::vector<std::pair<int, int>> model;
     int line = 1, col = 1;
-    for (int k = 0; k < static_cast<int>(text.size()); ++k) {
-      int l = 0, c = 0;
-      ASSERT_EQ(0, source->GetPos(k, l, c));
-      ASSERT_EQ(std::make_pair(line, col), std::make_pair(l, c)) << "offset " << k << " of a text of " << text.size();
+    for (int k = 0; k < size; ++k) {
+      model.emplace_back(line, col);
       col = text[static_cast<size_t>(k)] == '\n' ? (++line, 1) : col + 1;
     }
+    std::vector<int> order;
+    for (int k = 0; k < size; ++k) order.push_back(k);
+    for (int k = size - 1; k >= 0; --k) order.push_back(k);
+    for (int k = 0; k < size; ++k) order.push_back(static_cast<int>(next() % static_cast<unsigned int>(size)));
+    vnxSourceFile* source = vnxSourceFile::CreateFromPreprocessedText(text.c_str(), "t");
+    for (const int k : order) {
+      int l = 0, c = 0;
+      ASSERT_EQ(0, source->GetPos(k, l, c));
+      ASSERT_EQ(model[static_cast<size_t>(k)], std::make_pair(l, c)) << "offset " << k << " of a text of " << size;
+    }
+    const unsigned int* lines = source->getRawLineTable();
+    const unsigned int* columns = source->getRawColumnTable();
+    ASSERT_TRUE(lines && columns);
+    for (int k = 0; k < size; ++k)
+      ASSERT_EQ(model[static_cast<size_t>(k)], std::make_pair(static_cast<int>(lines[k]), static_cast<int>(columns[k])))
+          << "table entry " << k << " of a text of " << size;
     source->Release();
   }
 }
