@@ -24,6 +24,69 @@ namespace {
 
 long long childArrayBytes = 0;
 
+// Storage of the child arrays. The capacity a node reports grows by 5 (7,
+// 12, 17, ...), but the arrays behind it need not be reallocated at each
+// step: most arrays are of capacity 7 or 12, and those are recycled through
+// a free list each (an array of the other size class is never put on one),
+// while larger ones are allocated in powers of two and only moved when the
+// capacity passes one. Both save the allocator a call per growth and per
+// release, which on a large tree counts in the tens of thousands.
+class ChildArrays {
+ public:
+  // An array for capacity pointers, holding the first count of old (of
+  // oldCapacity pointers, null when oldCapacity is the two inline ones).
+  vnxSyntaxe** grow(vnxSyntaxe** old, int oldCapacity, int capacity) {
+    if (capacity <= kSmall) return take(_small, kSmall);
+    if (capacity <= kMedium) {
+      vnxSyntaxe** grown = take(_medium, kMedium);
+      if (grown && old) {
+        std::memcpy(grown, old, sizeof(vnxSyntaxe*) * oldCapacity);
+        give(_small, old);
+      }
+      return grown;
+    }
+    if (oldCapacity > kMedium && roomFor(capacity) == roomFor(oldCapacity)) return old;
+    auto* grown = static_cast<vnxSyntaxe**>(std::realloc(old, sizeof(vnxSyntaxe*) * roomFor(capacity)));
+    return grown;
+  }
+
+  void free(vnxSyntaxe** array, int capacity) {
+    if (capacity <= kSmall) give(_small, array);
+    else if (capacity <= kMedium) give(_medium, array);
+    else std::free(array);
+  }
+
+ private:
+  static constexpr int kSmall = 7;
+  static constexpr int kMedium = 12;
+
+  // Pointers held by an array of more than kMedium: the capacity rounded up
+  // to a power of two.
+  static int roomFor(int capacity) {
+    int room = 16;
+    while (room < capacity) room *= 2;
+    return room;
+  }
+
+  // A free list links its arrays through their first pointer.
+  static vnxSyntaxe** take(void*& list, int capacity) {
+    if (void* head = list) {
+      list = *static_cast<void**>(head);
+      return static_cast<vnxSyntaxe**>(head);
+    }
+    return static_cast<vnxSyntaxe**>(std::malloc(sizeof(vnxSyntaxe*) * capacity));
+  }
+  static void give(void*& list, vnxSyntaxe** array) {
+    *reinterpret_cast<void**>(array) = list;
+    list = array;
+  }
+
+  void* _small = nullptr;
+  void* _medium = nullptr;
+};
+
+ChildArrays gChildArrays;  // constant-initialised
+
 // The release under way: the nodes whose last hold is gone and that are not
 // freed yet, linked through their _nextCache (a memo nobody reads any more).
 // The walk takes them from this list instead of recursing, so any depth is
@@ -83,8 +146,11 @@ void vnxSyntaxe::Append(vnxSyntaxe* child) {
     // Growing by a fixed step keeps small nodes small; realloc lets the
     // allocator extend big arrays in place.
     const int capacity = _childCapacity + 5;
-    auto* grown = static_cast<vnxSyntaxe**>(std::realloc(_childArray, sizeof(vnxSyntaxe*) * capacity));
-    if (TAFatalError(!grown, "vnxSyntaxe::Append out of memory")) return;
+    vnxSyntaxe** grown = gChildArrays.grow(_childArray, _childCapacity, capacity);
+    if (__builtin_expect(!grown, 0)) {
+      TAFatalError(1, "vnxSyntaxe::Append out of memory");
+      return;
+    }
     if (!_childArray) {
       grown[0] = _firstChildren[0];
       grown[1] = _firstChildren[1];
@@ -138,7 +204,7 @@ inline void vnxSyntaxeAccess::dropChildHold(vnxSyntaxe* node) {
 inline void vnxSyntaxeAccess::freeSlot(vnxSyntaxe* node) {
   const unsigned char kind = node->_poolKind;
   if (node->_childArray) {
-    std::free(node->_childArray);
+    gChildArrays.free(node->_childArray, node->_childCapacity);
     childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * node->_childCapacity;
   }
   void* const block = node->_ownerBlock;
@@ -196,7 +262,7 @@ void vnxSyntaxe::Reset() {
     for (int i = _childCount - 1; i >= 0; --i) vnxSyntaxeAccess::dropHold(children[i]);
   }
   if (_childArray) {
-    std::free(_childArray);
+    gChildArrays.free(_childArray, _childCapacity);
     childArrayBytes -= static_cast<long long>(sizeof(vnxSyntaxe*)) * _childCapacity;
     _childArray = nullptr;
   }

@@ -72,6 +72,30 @@ TEST(TreeNode, ChildrenGrowInOrderWalkLinearlyAndOutOfRangeIsNullAndReported) {
   EXPECT_EQ(capture.lines(), (std::vector<std::string>{" vnxSyntaxe:Child Bad Index", " vnxSyntaxe:Child Bad Index"}));
 }
 
+TEST(TreeNode, ChildArraysFreedByOneTreeServeTheNextWithoutMixingChildren) {
+  // Counts on both sides of each capacity step; two fathers grow side by side,
+  // so an array handed to both, or kept after its release, shows as a wrong child.
+  const int counts[] = {3, 7, 8, 12, 13, 17, 23, 33, 70};
+  const long long bytesBefore = vnxSyntaxe::GetChildArrayBytes();
+  for (int round = 0; round < 2; ++round) {
+    for (const int count : counts) {
+      const std::string text(count, 'x');
+      Tree tree(text.c_str());
+      vnxSyntaxe* fathers[2] = {tree.add(tree.root(), 2, 0, count), tree.add(tree.root(), 2, 0, count)};
+      std::vector<vnxSyntaxe*> added[2];
+      for (int i = 0; i < count; ++i)
+        for (int f = 0; f < 2; ++f) added[f].push_back(tree.add(fathers[f], 5, i, 1));
+      for (int f = 0; f < 2; ++f) {
+        ASSERT_EQ(fathers[f]->ChildCount(), count);
+        for (int i = 1; i <= count; ++i) EXPECT_EQ(fathers[f]->Child(i), added[f][i - 1]) << count << " " << i;
+      }
+      const long long capacity = 2 + 5 * ((count - 2 + 4) / 5);
+      EXPECT_EQ(vnxSyntaxe::GetChildArrayBytes() - bytesBefore, 2 * capacity * static_cast<long long>(sizeof(vnxSyntaxe*))) << count;
+    }
+    EXPECT_EQ(vnxSyntaxe::GetChildArrayBytes(), bytesBefore) << "round " << round;
+  }
+}
+
 TEST(TreeNode, SiblingsAreFoundAtBothEndsAndForMisplacedNodes) {
   Tree tree("abcd");
   vnxSyntaxe* a = tree.add(tree.root(), 5, 0, 1);
