@@ -33,6 +33,34 @@ class VNX_EXPORT vnxLineIndex {
   unsigned int column(int pos) const {
     return static_cast<unsigned int>(pos) - _starts[lineIndex(pos)] + 1;
   }
+  // Both at once, with one look-up.
+  void place(int pos, unsigned int& line, unsigned int& col) const {
+    const unsigned int index = lineIndex(pos);
+    line = index + 1;
+    col = static_cast<unsigned int>(pos) - _starts[index] + 1;
+  }
+  // Lines of positions asked mostly in text order, from a walk of one's own:
+  // a position on the line answered last costs one compare, with no look at
+  // the index.
+  class Walker {
+   public:
+    explicit Walker(const vnxLineIndex& index) : _index(index) {}
+    unsigned int line(int pos) {
+      if (static_cast<unsigned int>(pos) - _from < _span) return _line;
+      const unsigned int index = _index.lineIndex(pos);
+      _from = _index._starts[index];
+      _span = _index._starts[index + 1] - _from;
+      _line = index + 1;
+      return _line;
+    }
+
+   private:
+    const vnxLineIndex& _index;
+    unsigned int _from = 0;
+    unsigned int _span = 0;
+    unsigned int _line = 0;
+  };
+
   // The line of the last character; 0 for an empty text.
   unsigned int lastLine() const { return _size > 0 ? line(_size - 1) : 0; }
 

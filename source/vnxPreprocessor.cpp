@@ -120,14 +120,11 @@ void vnxPreprocessor::releaseWork() {
   _map = nullptr;
 }
 
-int vnxPreprocessor::lineOf(int raw) const {
-  if (raw < 0 || raw >= _file._rawSize) return 1;
-  return static_cast<int>(_file._lineIndex->line(raw));
-}
-
-int vnxPreprocessor::colOf(int raw) const {
-  if (raw < 0 || raw >= _file._rawSize) return 1;
-  return static_cast<int>(_file._lineIndex->column(raw));
+vnxPreprocessor::Place vnxPreprocessor::placeOf(int raw) const {
+  if (raw < 0 || raw >= _file._rawSize) return Place{1, 1};
+  unsigned int line = 0, col = 0;
+  _file._lineIndex->place(raw, line, col);
+  return Place{static_cast<int>(line), static_cast<int>(col)};
 }
 
 namespace {
@@ -265,11 +262,12 @@ int vnxPreprocessor::run() {
 
 void vnxPreprocessor::setup(const char* raw, int rawSize) {
   _workRoom = kGrowth;
-  // Only the room before the text and its terminator need zeros: the text
-  // itself is copied over at once.
+  // Nothing reads before the text's first character; the kLookBehind bytes
+  // there are zeroed all the same, so that a look back at the start of the
+  // text meets a NUL (the rest of the room is only written to).
   _buffer = static_cast<char*>(std::malloc(static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1));
-  std::memset(_buffer, 0, static_cast<size_t>(_workRoom));
   _work = _buffer + _workRoom;
+  std::memset(_work - kLookBehind, 0, kLookBehind);
   std::memcpy(_work, raw, static_cast<size_t>(rawSize));
   _work[rawSize] = '\0';
   _workLength = rawSize;
@@ -330,32 +328,63 @@ inline bool staysPlain(char c, const char* out, const char* to, const char* from
 // One bit per byte of chunk that may not simply continue a run of ordinary
 // characters: blanks (but the single spaces kept below), control and
 // non-ASCII bytes, DEL, the characters that start folds, literals, comments,
-// directives and continuations, and the look-around ones (decided one at a
-// time, as a rare exit).
-inline unsigned int runBreaks(__m128i chunk) {
+// directives and continuations. The look-around characters are not among
+// them: lookAroundMarks finds those, and the run asks staysPlain about each.
+// edges holds bit 0 when the character before the chunk lets a space follow
+// it and bit 15 when the one after the chunk lets a space precede it: the
+// spaces at the chunk's two ends then stay in the run too.
+inline unsigned int runBreaks(__m128i chunk, unsigned int edges) {
   // c + 1 wraps DEL to -128: one signed compare catches DEL, the bytes above
   // it and everything up to the space.
   __m128i breaks = _mm_cmplt_epi8(_mm_add_epi8(chunk, _mm_set1_epi8(1)), _mm_set1_epi8(34));
-  for (const char stop : {'}', '\'', '"', '/', '#', '\\', 'l', ')', 'Z', 'S'})
+  for (const char stop : {'}', '\'', '"', '/', '#', '\\'})
     breaks = _mm_or_si128(breaks, _mm_cmpeq_epi8(chunk, _mm_set1_epi8(stop)));
   const unsigned int stops = static_cast<unsigned int>(_mm_movemask_epi8(breaks));
   // A single space between two words stays in the run, as the full loop
   // would keep it: not after a character that drops the blank after it, nor
-  // before one that drops the blank before it. A space at either end of the
-  // chunk is left to the full loop, which sees both its neighbours.
-  const __m128i opensOrSeparates = _mm_or_si128(
-      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('(')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(','))),
-      _mm_cmpeq_epi8(chunk, _mm_set1_epi8(';')));
+  // before one that drops the blank before it (a blank before ')' is left to
+  // the full loop, as the scalar path does).
+  const __m128i parensOrSeparates = _mm_or_si128(
+      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('(')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(')'))),
+      _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8(',')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(';'))));
   const unsigned int noBlankAfter = static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(
-      opensOrSeparates,
+      parensOrSeparates,
       _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('>')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('{'))))));
   const unsigned int noBlankBefore = static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(
-      _mm_or_si128(opensOrSeparates, _mm_cmpeq_epi8(chunk, _mm_set1_epi8('-'))),
+      _mm_or_si128(parensOrSeparates, _mm_cmpeq_epi8(chunk, _mm_set1_epi8('-'))),
       _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('*')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(':'))))));
   const unsigned int spaces = static_cast<unsigned int>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, _mm_set1_epi8(' '))));
   const unsigned int keptSpaces =
-      spaces & ~((stops | noBlankAfter) << 1) & ~((stops | noBlankBefore) >> 1) & 0x7FFEU;
+      spaces & ~((stops | noBlankAfter) << 1) & ~((stops | noBlankBefore) >> 1) & (0x7FFEU | edges);
   return stops & ~keptSpaces;
+}
+
+// Whether a space may follow c (the last character written before a chunk)
+// and precede d (the first one after it) without the full loop: c is no
+// blank and lets a blank follow it; d neither drops the blank before it nor
+// needs the full loop.
+struct SpaceNeighbours {
+  bool after[256] = {};
+  bool before[256] = {};
+  SpaceNeighbours() {
+    for (int c = 0; c < 256; ++c) {
+      after[c] = !isBlank(static_cast<char>(c)) && !dropsBlankAfter(static_cast<char>(c));
+      before[c] = kScan.kind[c] == kPlain || (kScan.kind[c] == kLookAround && c != ')');
+    }
+  }
+};
+const SpaceNeighbours kSpaceNeighbours;
+
+inline unsigned int spaceEdges(char before, char after) {
+  return (kSpaceNeighbours.after[static_cast<unsigned char>(before)] ? 1U : 0U) |
+         (kSpaceNeighbours.before[static_cast<unsigned char>(after)] ? 0x8000U : 0U);
+}
+
+// One bit per look-around character of chunk ('l', ')', 'Z', 'S').
+inline unsigned int lookAroundMarks(__m128i chunk) {
+  return static_cast<unsigned int>(_mm_movemask_epi8(
+      _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('l')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8(')'))),
+                   _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('Z')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('S'))))));
 }
 
 // One bit per output place to, to + 1, ... to + 15 that has "ex" nine places
@@ -448,7 +477,18 @@ int vnxPreprocessor::copyRun(int i, const int end) {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(mapTo + q), places);
             places = _mm_add_epi32(places, four);
           }
-          const int kept = __builtin_ctz(runBreaks(chunk) | externBreaks(to) | 0x10000U);
+          unsigned int cut = runBreaks(chunk, spaceEdges(to[-1], from[16])) | externBreaks(to) | 0x10000U;
+          // 'l' and 'S' are common in identifiers: each one met before the
+          // first break is decided here, on the output just written, so that
+          // only a real "call", "decl", "t)", "SE" or "ZE" ends the run.
+          for (unsigned int look = lookAroundMarks(chunk) & ((cut & (0U - cut)) - 1U); look; look &= look - 1U) {
+            const int at = __builtin_ctz(look);
+            if (!staysPlain(from[at], out, to + at, from + at)) {
+              cut = 1U << at;
+              break;
+            }
+          }
+          const int kept = __builtin_ctz(cut);
           from += kept;
           to += kept;
           mapTo += kept;
@@ -458,8 +498,47 @@ int vnxPreprocessor::copyRun(int i, const int end) {
         if (from == stop) break;
 #endif
         c = *from;
-        if (!((continuesRun(kScan.kind[static_cast<unsigned char>(c)]) ||
-               (kScan.kind[static_cast<unsigned char>(c)] == kLookAround && staysPlain(c, out, to, from))) &&
+        unsigned char next = kScan.kind[static_cast<unsigned char>(c)];
+        if (next == kSkippedBlank || next == kNewline) {
+          // Blanks between words (a line's end and the next one's indent,
+          // the blank after a comma): the run goes on past them when the
+          // loop below would give the same output, at most one blank.
+          const char* word = from;
+          bool newline = false;
+          while (word != stop && (next == kSkippedBlank || next == kNewline)) {
+            newline |= next == kNewline;
+            next = kScan.kind[static_cast<unsigned char>(*++word)];
+          }
+          if (word == stop) break;
+          const char previous = to[-1];
+          const char w = *word;
+          if (isBlank(previous) || previous == '\\') break;
+          if (dropsBlankAfter(previous)) {
+            // Every blank vanishes; the word goes on the non-blank before,
+            // where it must not complete "extern".
+            if (!(continuesRun(next) || (next == kLookAround && staysPlain(w, out, to, word))) ||
+                (to - out >= 9 && to[-9] == 'e' && to[-8] == 'x'))
+              break;
+          } else if (next == kPunctuationMark) {
+            // The blank the loop would write goes again before the mark.
+            if (to - out >= 9 && to[-9] == 'e' && to[-8] == 'x') break;
+            if (to - out <= _foldClose) _foldClose = -1;
+          } else {
+            // One blank, then an ordinary character: neither may complete
+            // "extern".
+            if (next != kPlain || to - out < 9 || (to[-9] == 'e' && to[-8] == 'x') ||
+                (to[-8] == 'e' && to[-7] == 'x'))
+              break;
+            *to++ = ' ';
+            *mapTo++ = kInExpansion ? base : position;
+          }
+          if (newline) firstNonBlank = w;
+          position += static_cast<int>(word - from);
+          from = word;
+          c = w;
+          continue;
+        }
+        if (!((continuesRun(next) || (next == kLookAround && staysPlain(c, out, to, from))) &&
               !(to >= out + 9 && to[-9] == 'e' && to[-8] == 'x')))
           break;
       }
@@ -572,6 +651,11 @@ bool vnxPreprocessor::replaceWork(int i, int replaced, const char* replacement, 
     char* const work = _work - change;
     std::memmove(work + i - keep, _work + i - keep, static_cast<size_t>(keep));
     std::memcpy(work + i, replacement, static_cast<size_t>(length));
+    if (i < kLookBehind && change > 0) {
+      // The text moved down near its start: a NUL stays before it.
+      char* const zeros = work - _buffer < kLookBehind ? _buffer : work - kLookBehind;
+      std::memset(zeros, 0, static_cast<size_t>(work - zeros));
+    }
     _work = work;
   } else {
     const long long room = 2LL * (static_cast<long long>(_workRoom) + change);
@@ -634,7 +718,8 @@ vnxPreprocessor::Next vnxPreprocessor::handleComment(int& i) {
     vnxComment* comment = block ? static_cast<vnxComment*>(vnxCComment::create(&_file))
                                 : static_cast<vnxComment*>(vnxCppComment::create(&_file));
     if (!comment) return kContinue;
-    if (comment->build(_work, i, lineOf(r), colOf(r), _outLength) != 0) {
+    const Place place = placeOf(r);
+    if (comment->build(_work, i, place.line, place.col, _outLength) != 0) {
       comment->Release();
       return kContinue;
     }
@@ -690,7 +775,8 @@ vnxPreprocessor::Next vnxPreprocessor::handleDirective(int& i) {
     if (next != kProceed) return next;
   }
   const int r = rawPosition(i);
-  vnxZELPreproDirective* directive = _parser->parse(_work, i, lineOf(r), colOf(r), _outLength);
+  const Place place = placeOf(r);
+  vnxZELPreproDirective* directive = _parser->parse(_work, i, place.line, place.col, _outLength);
   if (!directive) return kContinue;
   const int end = directive->getPosOfPreproCharInRawStream(directive->getPreproStringSize() - 1);
   _file.addPreproDirective(directive);
@@ -704,9 +790,9 @@ vnxPreprocessor::Next vnxPreprocessor::handleDirective(int& i) {
 // blanks everything else of the group; the kept branch is then scanned again
 // as ordinary text, so nested groups are met in their turn.
 vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
-  const int r = rawPosition(i);
+  const Place place = placeOf(rawPosition(i));
   vnxPreproConditionalGroup* group =
-      vnxPreproConditionalGroup::create(&_file, _work, i, lineOf(r), colOf(r), _outLength);
+      vnxPreproConditionalGroup::create(&_file, _work, i, place.line, place.col, _outLength);
   if (!group) return kProceed;
 
   vnxPreproDirectiveConditional* selected = group->getSucceedingDirective();

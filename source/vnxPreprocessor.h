@@ -41,8 +41,12 @@ class vnxPreprocessor {
   void syncBranchMemo() { _branchMemo.setText(_work, _delta, _rawFrom); }
 
   int rawPosition(int i) const { return _regionActive ? _regionPosition : i - _delta; }
-  int lineOf(int raw) const;
-  int colOf(int raw) const;
+  // Line and column of a raw position (1 and 1 outside the text).
+  struct Place {
+    int line;
+    int col;
+  };
+  Place placeOf(int raw) const;
 
   // Output buffer and position map.
   char last() const { return _outLength ? _out[_outLength - 1] : '\0'; }

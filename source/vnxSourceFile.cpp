@@ -164,7 +164,10 @@ namespace {
 // two ends lie in the file lies in it whole, so the checks cover the map.
 // Answers -1, having read no table entry outside the file, when an entry
 // lies outside.
-int countCodeLines(const int* map, int count, const vnxLineIndex& lines, unsigned int rawSize) {
+int countCodeLines(const int* map, int count, const vnxLineIndex& index, unsigned int rawSize) {
+  // The stream goes through the raw text mostly forward, a few positions a
+  // step: most ends of runs fall on the line of the one before.
+  vnxLineIndex::Walker lines(index);
   if (count <= 0) return 0;
   if (static_cast<unsigned int>(map[0]) >= rawSize) return -1;
   unsigned int previous = lines.line(map[0]);

@@ -155,11 +155,13 @@ void expectSqueezed(const std::string& raw) {
   source->Release();
 }
 
-// "ex" (where the pass looks for "extern"), blanks and blank-dropping punctuation at every offset around the
-// sixteen-character chunks a run is copied in. No "n", so no word is "extern".
+// "ex" (where the pass looks for "extern"), blanks, blank-dropping punctuation and the letters a noise word or
+// list macro ends or starts with ("call", "decl", "t)", "SE", "ZE") at every offset around the sixteen-character
+// chunks a run is copied in. No "n", so no word is "extern".
 TEST(PreproRun, RunsCopiedInChunksSqueezeLikeTheCharacterLoopAtEveryOffset) {
   for (const char* piece : {"ex", " ", "  ", " (", "( ", ", ", " ;", "x -y", "a *b", " :", "> a", "{ b", "\tq",
-                            "\n r", "vertex", "index", "E1", "_0", "x)", "(y)"}) {
+                            "\n r", "vertex", "index", "E1", "_0", "x)", "(y)", "call", "decl l", "t)", "f(at )",
+                            "SEQ", "ZE", "S Z", ";\n  Real", "a\n\t(b"}) {
     for (int offset = 0; offset < 40; ++offset) {
       std::string raw(static_cast<size_t>(offset), 'a');
       for (int k = 0; k < offset; k += 7) raw[static_cast<size_t>(k)] = 'e';
@@ -186,7 +188,7 @@ TEST(PreproRun, ExternGoesAtEveryOffsetInsideALongRun) {
 
 // Longer texts mixing the same characters at random, each a few hundred characters.
 TEST(PreproRun, RandomOrdinaryTextSqueezesLikeTheCharacterLoop) {
-  const char alphabet[] = "abcdexxeeEtx_09()   ,;-*:>{\t\n";
+  const char alphabet[] = "abcdexxeeEtx_09()   ,;-*:>{\t\nlSZ";
   unsigned int seed = 12345;
   for (int text = 0; text < 300; ++text) {
     std::string raw;
