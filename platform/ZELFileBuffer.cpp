@@ -9,6 +9,14 @@
 #include <mutex>
 #include <thread>
 
+#if defined(__unix__) || defined(__APPLE__)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#endif
+
 namespace {
 bool gMultiThreadDisabled = false;
 }
@@ -38,18 +46,72 @@ namespace {
 
 // Reads the whole file; false (and nothing allocated) when it cannot be read.
 // Touches no buffer, so that the reader thread can run it without a lock.
+//
+// Read in chunks rather than trusting a size: pipes and special files have
+// none, or say 0. A regular file's size (plus one) is the first capacity
+// asked for, so that a large file is read without regrowing and a small one
+// takes no more; a read that stops short at that size is the end of the file.
+#if defined(__unix__) || defined(__APPLE__)
+// Four system calls a file (open, fstat, read, close): stdio took seven (two
+// seeks to learn the size, a second read to see the end), which counted on
+// trees of small headers.
+bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOut) {
+  if (name.empty()) return false;
+  const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  size_t capacity = 1 << 16;
+  size_t known = 0;  // the size fstat gives a regular file, 0 when none
+  struct stat status;
+  if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0 &&
+      static_cast<unsigned long long>(status.st_size) < std::numeric_limits<unsigned int>::max() / 2) {
+    known = static_cast<size_t>(status.st_size);
+    capacity = known + 1;
+  }
+  size_t size = 0;
+  char* text = static_cast<char*>(std::malloc(capacity + 1));
+  bool failed = !text;
+  while (!failed) {
+    if (size == capacity) {
+      if (capacity >= std::numeric_limits<unsigned int>::max() / 2) {
+        failed = true;  // larger than a 32-bit size can describe
+        break;
+      }
+      capacity *= 2;
+      char* grown = static_cast<char*>(std::realloc(text, capacity + 1));
+      if (!grown) {
+        failed = true;
+        break;
+      }
+      text = grown;
+    }
+    const ssize_t got = ::read(fd, text + size, capacity - size);
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      failed = true;  // a directory, a device that refuses
+      break;
+    }
+    if (got == 0) break;
+    size += static_cast<size_t>(got);
+    if (known && size == known && size < capacity) break;  // the whole regular file, as fstat said
+  }
+  ::close(fd);
+  if (failed) {
+    std::free(text);
+    return false;
+  }
+  text[size] = '\0';
+  textOut = text;
+  sizeOut = static_cast<unsigned int>(size);
+  return true;
+}
+#else
 bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOut) {
   if (name.empty()) return false;
   FILE* file = std::fopen(name.c_str(), "rb");
   if (!file) return false;
   // The text is read straight into its own buffer: a stream buffer would be
-  // one more allocation per file, and seeking to the end would fill it with
-  // the file's last block for nothing.
+  // one more allocation per file.
   std::setvbuf(file, nullptr, _IONBF, 0);
-  // Read in chunks rather than trusting a size from seek/tell: pipes and
-  // special files have none, or say 0. A regular file's size (plus one, to
-  // see its end in the same read) is the first capacity asked for, so that a
-  // large file is read without regrowing and a small one takes no more.
   size_t capacity = 1 << 16;
   if (std::fseek(file, 0, SEEK_END) == 0) {
     const long end = std::ftell(file);
@@ -105,6 +167,7 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
   sizeOut = static_cast<unsigned int>(size);
   return true;
 }
+#endif
 
 }  // namespace
 
