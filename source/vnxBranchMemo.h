@@ -26,13 +26,17 @@ class vnxBranchMemo {
  public:
   // The working text the walks run over, and the mapping of its positions to
   // raw ones: a working position w at or after rawFrom is raw position
-  // w - delta; positions before it may lie in expanded text.
-  void setText(const char* text, int delta, int rawFrom) {
+  // w - delta; positions before it may lie in expanded text. length, when
+  // known, is where the text's terminating NUL stands (the walks read up to
+  // it by whole chunks); -1 when unknown.
+  void setText(const char* text, int delta, int rawFrom, int length = -1) {
     _text = text;
     _delta = delta;
     _rawFrom = rawFrom;
+    _length = length;
   }
   const char* text() const { return _text; }
+  int length() const { return _length; }
 
   // The raw text's lines, to place recorded ends without reading the text
   // again.
@@ -101,6 +105,7 @@ class vnxBranchMemo {
   const char* _text = nullptr;
   int _delta = 0;
   int _rawFrom = 0;
+  int _length = -1;
   const vnxLineIndex* _lines = nullptr;
   // Raw start newline -> raw end newline, both never negative: an open
   // addressing table in one array, since a pass records thousands of ends

@@ -53,6 +53,9 @@ class VNX_EXPORT vnxLineIndex {
       _line = index + 1;
       return _line;
     }
+    // The raw positions of the line answered last: [from(), from() + span()).
+    unsigned int from() const { return _from; }
+    unsigned int span() const { return _span; }
 
    private:
     const vnxLineIndex& _index;

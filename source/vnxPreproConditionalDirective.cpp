@@ -3,6 +3,10 @@
 #include <cstring>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "lexer/vnxCharClass.h"
 #include "platform/TAPool.h"
 #include "source/vnxBranchMemo.h"
@@ -231,6 +235,106 @@ class LineWalker {
   bool _noBlockCommentEnd = false;
 };
 
+// What the quick walk below found.
+enum QuickWalk { kQuickFound, kQuickEndless, kQuickUnsure };
+
+// The characters the quick walk stops at: '#', and those that could make a
+// newline other than a line's end ('/' of a block comment opener, '\\' of a
+// continuation), and the NUL.
+inline bool isQuickStop(char c) { return c == '#' || c == '/' || c == '\\' || c == '\0'; }
+
+#if defined(__SSE2__)
+inline unsigned int quickStopBits(const char* p) {
+  const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+  const __m128i a = _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('#')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('/')));
+  const __m128i b = _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('\\')), _mm_cmpeq_epi8(chunk, _mm_setzero_si128()));
+  return static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(a, b)));
+}
+#endif
+
+// The branch walk of findBranch for the common text where no block comment
+// opens and no line is continued: there every newline ends a logical line,
+// so only the lines whose first non-blank character is '#' can matter, and
+// those are found by a chunked scan for '#' instead of line by line. The scan
+// also looks at every '/' and '\\' on the way and gives up (kQuickUnsure) at
+// the first "/*" or continuation: the lines before it were read right, so
+// the line walker reads that line, from lastNewline and the open branches as
+// they stood at its start (what was recorded in the memo holds, since it
+// depends only on the text before), and the quick walk goes on after it. It
+// starts at lastNewline, the newline before the first line to read, with
+// the branches open there; length is where the text's NUL stands (chunks are
+// read up to it, never beyond).
+QuickWalk quickBranchEnd(const char* text, int length, vnxBranchMemo* memo, std::vector<int>& open,
+                         int& lastNewline) {
+  typedef vnxPreproDirectiveConditional D;
+  const int start = lastNewline;
+  // The last directive line read: the newline before it, and the open
+  // branches before it (their count, and the one it closed or -1).
+  int directiveLine = -1;
+  size_t openBefore = 0;
+  int closed = -1;
+  const int chunkEnd = length + 1 - 16;  // the last offset a whole chunk may be read from
+  int k = start + 1;
+  for (;;) {
+    unsigned int bits;
+    int base;
+#if defined(__SSE2__)
+    if (k <= chunkEnd) {
+      base = k;
+      bits = quickStopBits(text + k);
+      k += 16;
+      if (bits == 0) continue;
+    } else
+#endif
+    {
+      while (!isQuickStop(text[k])) ++k;
+      base = k;
+      bits = 1;
+      ++k;
+    }
+    for (; bits != 0; bits &= bits - 1) {
+      const int j = base + __builtin_ctz(bits);
+      const char ch = text[j];
+      if (ch == '\0') return kQuickEndless;
+      if (ch == '/' ? text[j + 1] == '*' : ch == '\\' && continuationAt(text, j)) {
+        int lineStart = j - 1;
+        while (text[lineStart] != '\n') --lineStart;  // stops at start at the latest
+        if (lineStart == directiveLine) {
+          open.resize(closed >= 0 ? openBefore - 1 : openBefore);
+          if (closed >= 0) open.push_back(closed);
+        }
+        lastNewline = lineStart;
+        return kQuickUnsure;
+      }
+      if (ch != '#') continue;
+      int p = j - 1;  // text[start] is a newline: the look back stops there at the latest
+      while (isIndent(text[p])) --p;
+      if (text[p] != '\n') continue;
+      const ConditionalType type = directiveKeywordAt(text, j);
+      directiveLine = p;
+      openBefore = open.size();
+      closed = -1;
+      if (type == D::Elif || type == D::Else || type == D::Endif) {
+        if (open.empty()) {
+          lastNewline = p;
+          return kQuickFound;
+        }
+        closed = open.back();
+        if (memo) memo->record(closed, p);
+        open.pop_back();
+        if (type == D::Endif) continue;
+      } else if (type != D::If && type != D::Ifdef && type != D::Ifndef) {
+        continue;
+      }
+      // The directive's line opens a branch: its walk starts at the line's end.
+      const char* newline = static_cast<const char*>(std::memchr(text + j, '\n', static_cast<size_t>(length - j)));
+      const void* nul = std::memchr(text + j, '\0', static_cast<size_t>((newline ? newline - text : length) - j));
+      if (!newline || nul) return kQuickEndless;
+      open.push_back(static_cast<int>(newline - text));
+    }
+  }
+}
+
 }  // namespace
 
 // --- pool and life cycle ---------------------------------------------------------
@@ -352,8 +456,17 @@ int vnxPreproDirectiveConditional::findBranch(const char* text) {
     std::vector<int>& open = openBranchScratch();
     open.clear();
     lastNewline = c.k;
-    int k = c.k + 1;
+    // Inside the pass the text's length is known: quick stretches then take
+    // most of the walk, and the line walker reads the lines they leave.
+    const int length = memo ? memo->length() : -1;
+    const bool quick = length > c.k;
     for (;;) {
+      if (quick) {
+        const QuickWalk found = quickBranchEnd(text, length, memo, open, lastNewline);
+        if (found == kQuickEndless) return 1;
+        if (found == kQuickFound) break;
+      }
+      int k = lastNewline + 1;
       while (text[k] == ' ') ++k;  // most indentation, with one test a character
       while (isIndent(text[k])) ++k;
       const ConditionalType type = directiveKeywordAt(text, k);
@@ -370,10 +483,9 @@ int vnxPreproDirectiveConditional::findBranch(const char* text) {
       if (text[k] == '\0') return 1;
       if (opens) open.push_back(k);
       lastNewline = k;
-      ++k;
     }
-    if (memo) memo->record(afterDirective.k, lastNewline);
   }
+  if (memo && !remembered) memo->record(afterDirective.k, lastNewline);
 
   Cursor begin = afterDirective;
   begin.step(text);

@@ -38,7 +38,7 @@ class vnxPreprocessor {
   void setup(const char* raw, int rawSize);
   void finish();
   void releaseWork();
-  void syncBranchMemo() { _branchMemo.setText(_work, _delta, _rawFrom); }
+  void syncBranchMemo() { _branchMemo.setText(_work, _delta, _rawFrom, _workLength); }
 
   int rawPosition(int i) const { return _regionActive ? _regionPosition : i - _delta; }
   // Line and column of a raw position (1 and 1 outside the text).

@@ -1,6 +1,7 @@
 #include "vnxSourceFile.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -154,56 +155,52 @@ namespace {
 
 // How many times the line of map[k] rises above the line of map[k - 1], for k
 // in [1, count), plus one when the first line is not 0: every position of map
-// lies in the line table. Where the map runs on sequentially (map[k] ==
-// map[k - 1] + 1, most of a stream: text copied as it stands), consecutive
-// raw characters are at most one line apart, so the rises along the run are
-// the difference of the lines at its two ends: only the run's ends are looked
-// up, and the run's end is found four entries at a time.
+// lies in the line table. The map stays on one line for long stretches (the
+// text of a line, copied or squeezed, with the odd step back), and an entry
+// on the line of the one before adds nothing: those stretches are passed
+// over four entries at a time, and only an entry that leaves the line is
+// looked up.
 //
-// Every entry it looks up is first checked against [0, rawSize): a run whose
-// two ends lie in the file lies in it whole, so the checks cover the map.
+// The stretch is checked against the current line's positions, which lie in
+// the file; every entry looked up is first checked against [0, rawSize).
 // Answers -1, having read no table entry outside the file, when an entry
 // lies outside.
 int countCodeLines(const int* map, int count, const vnxLineIndex& index, unsigned int rawSize) {
-  // The stream goes through the raw text mostly forward, a few positions a
-  // step: most ends of runs fall on the line of the one before.
-  vnxLineIndex::Walker lines(index);
   if (count <= 0) return 0;
   if (static_cast<unsigned int>(map[0]) >= rawSize) return -1;
+  vnxLineIndex::Walker lines(index);
   unsigned int previous = lines.line(map[0]);
   int codeLines = previous != 0 ? 1 : 0;
   int k = 1;
   while (k < count) {
-    if (map[k] != map[k - 1] + 1) {
-      if (static_cast<unsigned int>(map[k]) >= rawSize) return -1;
-      const unsigned int line = lines.line(map[k]);
-      codeLines += line > previous ? 1 : 0;
-      previous = line;
-      ++k;
-      continue;
-    }
-    // map[k - 1] .. map[k] is sequential; extend the run as far as it goes.
-    int j = k + 1;
+    // [from, from + span): the raw positions of the current line, within the file.
+    const unsigned int from = lines.from();
+    const unsigned int span = lines.span() <= rawSize - from ? lines.span() : rawSize - from;
 #if defined(__SSE2__)
-    const __m128i ones = _mm_set1_epi32(1);
-    for (;;) {
-      if (j + 4 > count) break;
-      const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(map + j));
-      const __m128i before = _mm_loadu_si128(reinterpret_cast<const __m128i*>(map + j - 1));
-      const int steps = _mm_movemask_ps(_mm_castsi128_ps(_mm_cmpeq_epi32(_mm_sub_epi32(here, before), ones)));
-      if (steps != 0xF) {
-        j += __builtin_ctz(~static_cast<unsigned int>(steps));
+    // Unsigned p - from < span, as a signed compare with both sides offset.
+    const __m128i bias = _mm_set1_epi32(INT_MIN);
+    const __m128i first = _mm_set1_epi32(static_cast<int>(from));
+    const __m128i limit = _mm_xor_si128(_mm_set1_epi32(static_cast<int>(span)), bias);
+    const auto insideBits = [&](int at) {
+      const __m128i offsets = _mm_sub_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(map + at)), first);
+      return _mm_movemask_ps(_mm_castsi128_ps(_mm_cmplt_epi32(_mm_xor_si128(offsets, bias), limit)));
+    };
+    while (k + 8 <= count) {
+      const int inside = insideBits(k) | insideBits(k + 4) << 4;
+      if (inside != 0xFF) {
+        k += __builtin_ctz(~static_cast<unsigned int>(inside));
         break;
       }
-      j += 4;
+      k += 8;
     }
 #endif
-    while (j < count && map[j] == map[j - 1] + 1) ++j;
-    if (static_cast<unsigned int>(map[j - 1]) >= rawSize) return -1;
-    const unsigned int line = lines.line(map[j - 1]);
-    codeLines += static_cast<int>(line - previous);
+    while (k < count && static_cast<unsigned int>(map[k]) - from < span) ++k;
+    if (k >= count) break;
+    if (static_cast<unsigned int>(map[k]) >= rawSize) return -1;
+    const unsigned int line = lines.line(map[k]);
+    codeLines += line > previous ? 1 : 0;
     previous = line;
-    k = j;
+    ++k;
   }
   return codeLines;
 }

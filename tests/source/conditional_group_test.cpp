@@ -177,9 +177,17 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
       // A nested group left open inside a kept branch, and one in a dead branch.
       "#if 1\n#ifdef U\nu;\n#else\nv;\n#endif\nw;\n#if 0\n#ifdef U\n#endif\n#else\nk;\n#endif\n",
       deep,
+      // Block comments and continuations after directives: the pass's quick walk hands over mid-branch.
+      "#ifndef G\n// a # b /* no */ c\n  //! \\brief x\n#if 0 /* open\n#endif */\n#endif\n#ifdef A\n#endif\nq;\n#endif\n",
+      "#if 1\n#if A\nx;\n#elif B /* a\n#endif */\ny;\n#endif\n#endif\n",
+      "#if 1\n#ifdef A\n#endif // tail \\\n#else\n#endif\nz;\n#endif\n",
+      "#if 1\na # b;\n  x; #endif\n\t#  ifdef Q\n#endif\n\r#else\n#endif\n",
   };
   StreamCapture quiet;
-  for (const std::string& text : texts) {
+  std::vector<std::string> shifted;  // each text at every offset of a 16-character chunk
+  for (const std::string& text : texts)
+    for (int pad = 0; pad <= 16; ++pad) shifted.push_back(std::string(pad, ' ') + "\n" + text);
+  for (const std::string& text : shifted) {
     vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
     ASSERT_EQ(0, source->preProcess()) << text;
     ZELListPtr<vnxZELPreproDirective> directives;

@@ -94,7 +94,7 @@ TEST(PreproStream, DeadBranchesAreRecordedAsCommentsAndASecondPassFails) {
 }
 
 // Lines: the raw line of the stream's last character. Code lines: the rises of the raw line along the stream
-// (counted from the ends of runs copied as they stand), over runs of every length around the four-entry steps,
+// (only the entries leaving a line are looked up), over stretches of every length around the eight-entry steps,
 // broken by squeezed blanks, comments, folds and dead branches.
 TEST(PreproStream, CountsLinesAndCodeLines) {
   struct Row { std::string text; int lines, codeLines; };  // -1: not checked
@@ -105,7 +105,7 @@ TEST(PreproStream, CountsLinesAndCodeLines) {
       {"ab\ncd\n\nef  gh\n", -1, -1}, {"x = 1; // c\n  y = 2;\n/* a\nb */ z;\n", -1, -1},
       {"#if 0\nint x;\n#endif\nint y; int\n\tz;\n", -1, -1}, {"f(a,\n  b) { { g(); } }\n", -1, -1},
       {"s = \"a\nb\";\nt;\n", -1, -1}, {"a \\\nb\n", -1, -1}};
-  for (int run = 1; run <= 9; ++run) {
+  for (int run = 1; run <= 17; ++run) {
     std::string text;
     for (int line = 0; line < 12; ++line) {
       text += std::string(static_cast<size_t>(run + line % 5), static_cast<char>('a' + line));
