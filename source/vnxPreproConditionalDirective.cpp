@@ -244,9 +244,13 @@ enum QuickWalk { kQuickFound, kQuickEndless, kQuickUnsure };
 inline bool isQuickStop(char c) { return c == '#' || c == '/' || c == '\\' || c == '\0'; }
 
 #if defined(__SSE2__)
+// The chunk's stops, where a '/' counts only when a '*' follows it: the
+// "//" lines of a documented header then cost nothing. Reads p[0, 17).
 inline unsigned int quickStopBits(const char* p) {
   const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-  const __m128i a = _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('#')), _mm_cmpeq_epi8(chunk, _mm_set1_epi8('/')));
+  const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 1));
+  const __m128i opener = _mm_and_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('/')), _mm_cmpeq_epi8(next, _mm_set1_epi8('*')));
+  const __m128i a = _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('#')), opener);
   const __m128i b = _mm_or_si128(_mm_cmpeq_epi8(chunk, _mm_set1_epi8('\\')), _mm_cmpeq_epi8(chunk, _mm_setzero_si128()));
   return static_cast<unsigned int>(_mm_movemask_epi8(_mm_or_si128(a, b)));
 }
@@ -273,7 +277,8 @@ QuickWalk quickBranchEnd(const char* text, int length, vnxBranchMemo* memo, std:
   int directiveLine = -1;
   size_t openBefore = 0;
   int closed = -1;
-  const int chunkEnd = length + 1 - 16;  // the last offset a whole chunk may be read from
+  // The last offset a chunk and the byte after it may be read from.
+  const int chunkEnd = length + 1 - 17;
   int k = start + 1;
   for (;;) {
     unsigned int bits;
@@ -390,10 +395,55 @@ int vnxPreproDirectiveConditional::buildConditional(const char* text) {
   return _preproConditionalType == Endif ? findEndifLineEnd(text, keywordEnd) : findBranch(text);
 }
 
+namespace {
+
+// The tokens of a directive made only of a '#', identifiers and blanks, up
+// to its first newline or its end: most conditions ("#ifndef GUARD",
+// "#endif", "#else") are no more, and reading them needs no tokenizer.
+// Answers the count of tokens (the newline not counted), or -1 when the text
+// holds anything else or more than room tokens; then the tokenizer reads it.
+// Where the tokenizer stops (at its size, or at a NUL before it), so does
+// this.
+int readPlainDirective(const char* text, int size, vnxToken* tokens, int room) {
+  int count = 0;
+  int cursor = 0;
+  while (cursor < size && text[cursor] != '\0') {
+    int pos = cursor;
+    while (vnxchar::isBlank(text[pos])) ++pos;
+    const char c = text[pos];
+    if (c == '\0' || c == '\n') return count;
+    if (count == room) return -1;
+    int length = 1;
+    int kind = vnxToken::kIdentifier;
+    if (c == '#' && count == 0 && text[pos + 1] != '#') {
+      kind = vnxToken::kHash;
+    } else if (vnxchar::isIdentHead(c) && count > 0) {
+      while (vnxchar::isIdentBody(text[pos + length])) ++length;
+    } else {
+      return -1;
+    }
+    tokens[count++] = vnxToken(text + pos, static_cast<unsigned int>(length), kind);
+    cursor = pos + length;
+  }
+  return count;
+}
+
+}  // namespace
+
 // The keyword decides the type; the tokens after it, up to the end of the
 // (continued) line, are the condition. The tokens point into the directive's
 // own copy of its text.
 int vnxPreproDirectiveConditional::readKeywordAndCondition(int& keywordEnd) {
+  vnxToken plain[8];
+  const int count = readPlainDirective(_preproString, _preproStringSize, plain, 8);
+  if (count >= 0) {
+    if (count < 2) return 1;
+    _preproConditionalType = keywordType(plain[1].getStart(), plain[1].getLength());
+    if (_preproConditionalType == NotConditional) return 1;
+    keywordEnd = static_cast<int>(plain[1].getStart() - _preproString + plain[1].getLength());
+    for (int k = 2; k < count; ++k) _controlCondition.Append(plain[k]);
+    return 0;
+  }
   vnxTokenizer tokenizer(_preproString, static_cast<unsigned int>(_preproStringSize));
   vnxTokenIterator it = tokenizer.getTokenIterator();
   vnxToken token;

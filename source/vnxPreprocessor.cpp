@@ -7,6 +7,14 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#define VNX_SCRATCH_POISON(block, size) ASAN_POISON_MEMORY_REGION(block, size)
+#define VNX_SCRATCH_UNPOISON(block, size) ASAN_UNPOISON_MEMORY_REGION(block, size)
+#else
+#define VNX_SCRATCH_POISON(block, size) ((void)(block), (void)(size))
+#define VNX_SCRATCH_UNPOISON(block, size) ((void)(block), (void)(size))
+#endif
 
 #include "TAPerfoAv.h"
 #include "ZELFileBuffer.h"
@@ -88,6 +96,49 @@ inline bool endsWith(const char* out, int length, const char* word, int wordLeng
   return length >= wordLength && std::memcmp(out + length - wordLength, word, static_cast<size_t>(wordLength)) == 0;
 }
 
+// The pass's working copy, kept from one file to the next: it is a few
+// kilobytes over its file's size, and its malloc and free cost a small
+// header a good part of its scan. It is lent to one pass at a time (a pass
+// started while another runs gets its own), and only up to kScratchLargest
+// bytes, so that one huge file does not stay in memory. (The output and the
+// map become the file's own, shrunk in place: they are not kept.)
+// Process-wide and unguarded, like the pools: one thread only.
+struct Scratch {
+  void* block = nullptr;
+  size_t size = 0;
+  bool lent = false;
+};
+constexpr size_t kScratchLargest = size_t(1) << 20;
+Scratch gWorkScratch;
+
+// Room for bytes bytes: the scratch block when it is free and the size is
+// not too large (lent is then set), a malloc otherwise.
+void* borrow(Scratch& s, size_t bytes, bool& lent) {
+  lent = false;
+  if (s.lent || bytes > kScratchLargest) return std::malloc(bytes);
+  if (s.size < bytes) {
+    VNX_SCRATCH_UNPOISON(s.block, s.size);
+    std::free(s.block);
+    s.size = 0;
+    s.block = std::malloc(bytes);
+    if (!s.block) return nullptr;
+    s.size = bytes;
+  }
+  VNX_SCRATCH_UNPOISON(s.block, bytes);
+  s.lent = lent = true;
+  return s.block;
+}
+
+// Gives back what borrow answered.
+void giveBack(Scratch& s, void* block, bool lent) {
+  if (!lent) {
+    std::free(block);
+    return;
+  }
+  VNX_SCRATCH_POISON(s.block, s.size);
+  s.lent = false;
+}
+
 template <class T>
 T* grow(T* buffer, int oldEntries, int newEntries) {
   T* grown = static_cast<T*>(std::calloc(static_cast<size_t>(newEntries), sizeof(T)));
@@ -111,7 +162,7 @@ void vnxPreprocessor::releaseWork() {
   _parser = nullptr;
   delete _expander;
   _expander = nullptr;
-  std::free(_buffer);
+  if (_buffer) giveBack(gWorkScratch, _buffer, _workLent);
   _buffer = nullptr;
   _work = nullptr;
   std::free(_out);
@@ -120,7 +171,8 @@ void vnxPreprocessor::releaseWork() {
   _map = nullptr;
 }
 
-vnxPreprocessor::Place vnxPreprocessor::placeOf(int raw) const {
+// Inline: every comment and directive asks once.
+inline vnxPreprocessor::Place vnxPreprocessor::placeOf(int raw) const {
   if (raw < 0 || raw >= _file._rawSize) return Place{1, 1};
   unsigned int line = 0, col = 0;
   _file._lineIndex->place(raw, line, col);
@@ -265,7 +317,8 @@ void vnxPreprocessor::setup(const char* raw, int rawSize) {
   // Nothing reads before the text's first character; the kLookBehind bytes
   // there are zeroed all the same, so that a look back at the start of the
   // text meets a NUL (the rest of the room is only written to).
-  _buffer = static_cast<char*>(std::malloc(static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1));
+  _buffer = static_cast<char*>(
+      borrow(gWorkScratch, static_cast<size_t>(_workRoom) + static_cast<size_t>(rawSize) + 1, _workLent));
   _work = _buffer + _workRoom;
   std::memset(_work - kLookBehind, 0, kLookBehind);
   std::memcpy(_work, raw, static_cast<size_t>(rawSize));
@@ -667,7 +720,8 @@ bool vnxPreprocessor::replaceWork(int i, int replaced, const char* replacement, 
     std::memcpy(work + i - keep, _work + i - keep, static_cast<size_t>(keep));
     std::memcpy(work + i, replacement, static_cast<size_t>(length));
     std::memcpy(work + i + length, _work + i + replaced, static_cast<size_t>(_workLength - i - replaced) + 1);
-    std::free(_buffer);
+    giveBack(gWorkScratch, _buffer, _workLent);
+    _workLent = false;
     _buffer = buffer;
     _work = work;
     _workRoom = static_cast<int>(room);

@@ -83,6 +83,7 @@ class vnxPreprocessor {
   int _workRoom = 0;
   char* _out = nullptr;
   int* _map = nullptr;
+  bool _workLent = false;  // _buffer is the one kept between passes: given back, never freed
   int _outLength = 0;
   int _outCapacity = 0;
   int _delta = 0;

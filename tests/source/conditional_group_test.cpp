@@ -1,10 +1,15 @@
 // Conditional groups: their directives, branch bounds (and memo), which branch is kept, errors, the dump.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "../../source/vnxBranchMemo.h"
 #include "directive_test_support.h"
 #include "vnxPreproConditionalGroup.h"
 #include "vnxPreproDirectiveConditional.h"
+#include "vnxTokenIterator.h"
+#include "vnxTokenizer.h"
 
 namespace {
 
@@ -182,6 +187,8 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
       "#if 1\n#if A\nx;\n#elif B /* a\n#endif */\ny;\n#endif\n#endif\n",
       "#if 1\n#ifdef A\n#endif // tail \\\n#else\n#endif\nz;\n#endif\n",
       "#if 1\na # b;\n  x; #endif\n\t#  ifdef Q\n#endif\n\r#else\n#endif\n",
+      // Slashes that open no comment, and an opener whose '*' starts the next chunk.
+      "#if 1\n// a / b //\n#ifdef A\n/ /*\n#endif */\n#else\n#endif\n#endif\nz;\n",
   };
   StreamCapture quiet;
   std::vector<std::string> shifted;  // each text at every offset of a 16-character chunk
@@ -367,3 +374,62 @@ TEST(ConditionalEvaluation, DeeplyNestedConditionsEndWithoutExhaustingTheStack) 
 }
 
 }  // namespace
+
+namespace {
+
+const char* const kKeywords[] = {"", "ifdef", "ifndef", "if", "elif", "else", "endif"};
+
+// A directive read with the tokenizer, token by token: its keyword (empty
+// when it is no conditional one), then every token after it up to the line's
+// end, comments left out, a backslash before a newline joining the lines.
+// Each token as "<kind>@<offset>+<length>".
+std::vector<std::string> conditionModel(const char* text, int size) {
+  std::vector<std::string> seen{""};
+  vnxTokenizer tokenizer(text, static_cast<unsigned int>(size));
+  vnxTokenIterator it = tokenizer.getTokenIterator();
+  vnxToken token;
+  if (!it.getNextToken(token) || token.getKind() != vnxToken::kHash) return seen;
+  if (!it.getNextToken(token) || token.getKind() != vnxToken::kIdentifier) return seen;
+  const std::string keyword(token.getStart(), token.getLength());
+  if (std::find(std::begin(kKeywords) + 1, std::end(kKeywords), keyword) == std::end(kKeywords)) return seen;
+  seen[0] = keyword;
+  while (it.getNextToken(token)) {
+    if (token.getKind() == vnxToken::kBlockComment || token.getKind() == vnxToken::kLineComment) continue;
+    if (token.getKind() == vnxToken::kNewline) break;
+    vnxTokenIterator peek = it;
+    vnxToken next;
+    if (token.getStart()[0] == '\\' && peek.getNextToken(next) && next.getKind() == vnxToken::kNewline) {
+      it = peek;
+      continue;
+    }
+    seen.push_back(std::to_string(token.getKind()) + "@" + std::to_string(token.getStart() - text) + "+" +
+                   std::to_string(token.getLength()));
+  }
+  return seen;
+}
+
+}  // namespace
+
+TEST(ConditionalDirective, KeywordAndConditionMatchTheTokenizersReadingWhateverTheLine) {
+  const char* const rows[] = {
+      "#ifndef GUARD_H\n",  "#endif\n",          " # ifdef\tA_1 \r\n", "#if A B C D E F\n",
+      "#if A B C D E F G\n", "#if A B C D E F G H\n", "#else // GUARD\n",  "#if defined(A) && B\n",
+      "#if 0\n",            "#if A \\\n B\n",      "#elif A/*x*/B\n",   "#if A ## B\n",
+      "#if A # B\n",        "#ifdef A",           "#ifdef\n",          "##if A\n",
+      "#define A B\n",      "#if A\nB C\n",        "#if _a9 \t\r\n",     "#if A\xe9\n"};
+  for (const char* row : rows) {
+    ScopedSource file;
+    Directive* d = Directive::create(file.source);
+    d->build(row, 0, 1, 1, 0);
+    const char* text = d->getPreproString();
+    ASSERT_NE(text, nullptr) << row;
+    ZELListVal<vnxToken> condition;
+    d->getControlCondition(condition);
+    std::vector<std::string> seen{kKeywords[d->getConditionalDirectiveType()]};
+    for (int t = 1; t <= condition.Size(); ++t)
+      seen.push_back(std::to_string(condition[t].getKind()) + "@" + std::to_string(condition[t].getStart() - text) +
+                     "+" + std::to_string(condition[t].getLength()));
+    EXPECT_EQ(seen, conditionModel(text, d->getPreproStringSize())) << row;
+    d->Release();
+  }
+}
