@@ -44,13 +44,49 @@ ZELFileBuffer::~ZELFileBuffer() { std::free(_text); }
 
 namespace {
 
+// Reads in chunks rather than trusting a size: pipes and special files have
+// none, or say 0. A regular file's size (known, 0 when none) plus one is the
+// first capacity asked for, so that a large file is read without regrowing and
+// a small one takes no more; a read that stops short at that size is the end
+// of the file. read(into, wanted) answers the bytes read, 0 at the end, -1 on
+// an error. False, and nothing kept, when the text cannot be read whole.
+template <class Read>
+bool readChunks(Read read, size_t known, char*& textOut, unsigned int& sizeOut) {
+  size_t capacity = known ? known + 1 : size_t(1) << 16;
+  size_t size = 0;
+  char* text = static_cast<char*>(std::malloc(capacity + 1));
+  if (!text) return false;
+  for (;;) {
+    if (size == capacity) {
+      char* grown = nullptr;
+      // Not past what a 32-bit size can describe.
+      if (capacity < std::numeric_limits<unsigned int>::max() / 2) {
+        capacity *= 2;
+        grown = static_cast<char*>(std::realloc(text, capacity + 1));
+      }
+      if (!grown) {
+        std::free(text);
+        return false;
+      }
+      text = grown;
+    }
+    const long long got = read(text + size, capacity - size);
+    if (got < 0) {
+      std::free(text);
+      return false;
+    }
+    if (got == 0) break;
+    size += static_cast<size_t>(got);
+    if (known && size == known && size < capacity) break;  // the whole regular file, as its size said
+  }
+  text[size] = '\0';
+  textOut = text;
+  sizeOut = static_cast<unsigned int>(size);
+  return true;
+}
+
 // Reads the whole file; false (and nothing allocated) when it cannot be read.
 // Touches no buffer, so that the reader thread can run it without a lock.
-//
-// Read in chunks rather than trusting a size: pipes and special files have
-// none, or say 0. A regular file's size (plus one) is the first capacity
-// asked for, so that a large file is read without regrowing and a small one
-// takes no more; a read that stops short at that size is the end of the file.
 #if defined(__unix__) || defined(__APPLE__)
 // Four system calls a file (open, fstat, read, close): stdio took seven (two
 // seeks to learn the size, a second read to see the end), which counted on
@@ -59,50 +95,21 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
   if (name.empty()) return false;
   const int fd = ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
-  size_t capacity = 1 << 16;
-  size_t known = 0;  // the size fstat gives a regular file, 0 when none
+  size_t known = 0;
   struct stat status;
   if (::fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0 &&
-      static_cast<unsigned long long>(status.st_size) < std::numeric_limits<unsigned int>::max() / 2) {
+      static_cast<unsigned long long>(status.st_size) < std::numeric_limits<unsigned int>::max() / 2)
     known = static_cast<size_t>(status.st_size);
-    capacity = known + 1;
-  }
-  size_t size = 0;
-  char* text = static_cast<char*>(std::malloc(capacity + 1));
-  bool failed = !text;
-  while (!failed) {
-    if (size == capacity) {
-      if (capacity >= std::numeric_limits<unsigned int>::max() / 2) {
-        failed = true;  // larger than a 32-bit size can describe
-        break;
-      }
-      capacity *= 2;
-      char* grown = static_cast<char*>(std::realloc(text, capacity + 1));
-      if (!grown) {
-        failed = true;
-        break;
-      }
-      text = grown;
-    }
-    const ssize_t got = ::read(fd, text + size, capacity - size);
-    if (got < 0) {
-      if (errno == EINTR) continue;
-      failed = true;  // a directory, a device that refuses
-      break;
-    }
-    if (got == 0) break;
-    size += static_cast<size_t>(got);
-    if (known && size == known && size < capacity) break;  // the whole regular file, as fstat said
-  }
+  const bool read = readChunks(
+      [fd](char* into, size_t wanted) -> long long {
+        for (;;) {
+          const ssize_t got = ::read(fd, into, wanted);
+          if (got >= 0 || errno != EINTR) return got;  // a directory or a refusing device: -1
+        }
+      },
+      known, textOut, sizeOut);
   ::close(fd);
-  if (failed) {
-    std::free(text);
-    return false;
-  }
-  text[size] = '\0';
-  textOut = text;
-  sizeOut = static_cast<unsigned int>(size);
-  return true;
+  return read;
 }
 #else
 bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOut) {
@@ -112,7 +119,7 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
   // The text is read straight into its own buffer: a stream buffer would be
   // one more allocation per file.
   std::setvbuf(file, nullptr, _IONBF, 0);
-  size_t capacity = 1 << 16;
+  size_t known = 0;
   if (std::fseek(file, 0, SEEK_END) == 0) {
     const long end = std::ftell(file);
     if (std::fseek(file, 0, SEEK_SET) != 0) {  // a file that seeks one way only
@@ -120,52 +127,19 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
       return false;
     }
     if (end > 0 && static_cast<unsigned long>(end) < std::numeric_limits<unsigned int>::max() / 2)
-      capacity = static_cast<size_t>(end) + 1;
+      known = static_cast<size_t>(end);
   } else {
     std::clearerr(file);
   }
-  size_t size = 0;
-  char* text = static_cast<char*>(std::malloc(capacity + 1));
-  if (!text) {
-    std::fclose(file);
-    return false;
-  }
-  bool failed = false;
-  for (;;) {
-    if (size == capacity) {
-      if (capacity >= std::numeric_limits<unsigned int>::max() / 2) {
-        failed = true;  // larger than a 32-bit size can describe
-        break;
-      }
-      capacity *= 2;
-      char* grown = static_cast<char*>(std::realloc(text, capacity + 1));
-      if (!grown) {
-        failed = true;
-        break;
-      }
-      text = grown;
-    }
-    const size_t wanted = capacity - size;
-    const size_t got = std::fread(text + size, 1, wanted, file);
-    size += got;
-    if (got < wanted) {
-      // A short read is the end of the file or an error: no need to ask again.
-      if (std::ferror(file) != 0) {
-        failed = true;
-        break;
-      }
-      if (std::feof(file) != 0 || got == 0) break;
-    }
-  }
+  const bool read = readChunks(
+      [file](char* into, size_t wanted) -> long long {
+        const size_t got = std::fread(into, 1, wanted, file);
+        if (got == 0 && std::ferror(file) != 0) return -1;
+        return static_cast<long long>(got);
+      },
+      known, textOut, sizeOut);
   std::fclose(file);
-  if (failed) {
-    std::free(text);
-    return false;
-  }
-  text[size] = '\0';
-  textOut = text;
-  sizeOut = static_cast<unsigned int>(size);
-  return true;
+  return read;
 }
 #endif
 
