@@ -12,6 +12,14 @@ namespace {
 
 const char* const kNone = nullptr;
 
+// One directive line parsed at line `line` of "f.h", with what the parse wrote on the error stream.
+struct ParsedLine {
+  ParsedLine(const char* text, int line) : d(vnxPreproDirectiveParser(file.source).parse(text, 0, line, 1, 0)) {}
+  ScopedSource file{"f.h"};
+  StreamCapture capture;
+  vnxZELPreproDirective* d;
+};
+
 void expectPlacesCountedOverText(vnxZELPreproDirective* d) {
   ::expectPlacesCountedOverText(d, d->getPreproString(), d->getPreproStringSize(), d->getBeginLineInRawStream(),
                                 d->getBeginColInRawStream(), d->getBeginPosInRawStream(),
@@ -223,9 +231,8 @@ TEST(DirectiveDefine, NameReplacementAndParametersAreReadFromTheLine) {
   };
   for (const Case& t : cases) {
     SCOPED_TRACE(t.text);
-    ScopedSource file("f.h");
-    StreamCapture capture;
-    vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(t.text, 0, 3, 1, 0);
+    ParsedLine parsed(t.text, 3);
+    vnxZELPreproDirective* d = parsed.d;
     ASSERT_NE(nullptr, d);
     const bool functionLike = t.parameters != kObjectLike;
     ASSERT_EQ(functionLike ? vnxZELPreproDirective::DefineFunction : vnxZELPreproDirective::DefineSimple,
@@ -243,7 +250,7 @@ TEST(DirectiveDefine, NameReplacementAndParametersAreReadFromTheLine) {
       EXPECT_EQ(t.parameters, names);
       EXPECT_EQ(static_cast<int>(names.size()), function->getArgumentCount());  // read once, no new lines
     }
-    EXPECT_EQ(t.lines, capture.lines());
+    EXPECT_EQ(t.lines, parsed.capture.lines());
     d->Release();
   }
 }
@@ -327,13 +334,12 @@ TEST(DirectiveInclude, TheIncludeStringIsTheNameBetweenEitherCloser) {
   };
   for (const Case& t : cases) {
     SCOPED_TRACE(t.text);
-    ScopedSource file("f.h");
-    StreamCapture capture;
-    vnxZELPreproDirective* d = vnxPreproDirectiveParser(file.source).parse(t.text, 0, 2, 1, 0);
+    ParsedLine parsed(t.text, 2);
+    vnxZELPreproDirective* d = parsed.d;
     ASSERT_NE(nullptr, d);
     ASSERT_EQ(vnxZELPreproDirective::Include, d->getPreproType());
     EXPECT_EQ(orNull(t.includeString), orNull(static_cast<vnxPreproDirectiveInclude*>(d)->getIncludeString()));
-    EXPECT_EQ(t.line.empty() ? "" : t.line + "\n", capture.text());
+    EXPECT_EQ(t.line.empty() ? "" : t.line + "\n", parsed.capture.text());
     d->Release();
   }
 }
