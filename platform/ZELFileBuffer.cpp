@@ -146,15 +146,24 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
 }  // namespace
 
 // The process-wide reader: one thread that reads queued buffers in the order
-// they were appended, so that the caller finds each text ready (or nearly)
-// when it gets to it. It starts with the first buffer queued and is joined
-// when the process ends.
+// they were appended, so that the caller finds each text ready when it gets to
+// it. It starts with the first buffer queued and is joined when the process
+// ends. Texts it has read and their owners have not taken yet count against a
+// budget; past it the reader pauses until the owners have taken half. Waking a
+// sleeping thread costs more than reading a small file on a virtual machine,
+// so the reader should run far ahead rather than be woken file by file.
 struct ZELFileReader {
+  static constexpr size_t kAheadBudget = size_t(4) << 20;
+  static_assert(kAheadBudget > 0, "the reader must be able to read something");
+
   std::mutex mutex;
   std::condition_variable queued;  // the thread waits here for work
   std::condition_variable loaded;  // the caller waits here for a buffer being read
+  std::condition_variable room;    // the thread waits here while too much is read ahead
   std::deque<ZELFileBuffer*> queue;
   std::thread thread;
+  size_t aheadBytes = 0;  // read by the thread, not yet taken by the owners
+  bool pausing = false;   // the thread waits for room
   bool stopping = false;
 
   static ZELFileReader& instance() {
@@ -168,17 +177,32 @@ struct ZELFileReader {
       stopping = true;
     }
     queued.notify_all();
+    room.notify_all();
     if (thread.joinable()) thread.join();
   }
 
   void enqueue(ZELFileBuffer* buffer) {
+    bool wake;
     {
       std::lock_guard<std::mutex> lock(mutex);
       buffer->_state.store(ZELFileBuffer::kQueued, std::memory_order_relaxed);
+      wake = queue.empty();  // only then may the thread be asleep for want of work
       queue.push_back(buffer);
       if (!thread.joinable()) thread = std::thread([this] { run(); });
     }
-    queued.notify_one();
+    if (wake) queued.notify_one();
+  }
+
+  // The owner has taken (or dropped) a text the thread read: its bytes leave
+  // the budget.
+  void release(size_t bytes) {
+    bool wake;
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      aheadBytes -= bytes;
+      wake = pausing && aheadBytes <= kAheadBudget / 2;
+    }
+    if (wake) room.notify_one();
   }
 
   void run() {
@@ -186,6 +210,14 @@ struct ZELFileReader {
     for (;;) {
       queued.wait(lock, [this] { return stopping || !queue.empty(); });
       if (stopping) return;
+      if (aheadBytes >= kAheadBudget) {
+        // The buffers stay queued while the thread pauses, so that an owner
+        // asking for one reads it at once instead of waiting.
+        pausing = true;
+        room.wait(lock, [this] { return stopping || aheadBytes <= kAheadBudget / 2; });
+        pausing = false;
+        continue;
+      }
       ZELFileBuffer* buffer = queue.front();
       queue.pop_front();
       buffer->_state.store(ZELFileBuffer::kReading, std::memory_order_relaxed);
@@ -198,6 +230,8 @@ struct ZELFileReader {
       lock.lock();
       buffer->_text = text;
       buffer->_size = size;
+      buffer->_charge = size;
+      aheadBytes += size;
       buffer->_state.store(ZELFileBuffer::kLoaded, std::memory_order_release);
       loaded.notify_all();
     }
@@ -224,10 +258,21 @@ bool ZELFileBuffer::settle() {
   return false;
 }
 
+void ZELFileBuffer::takeCharge() {
+  ZELFileReader::instance().release(_charge);
+  _charge = 0;
+}
+
 void ZELFileBuffer::load() {
   int state = _state.load(std::memory_order_acquire);
-  if (state == kLoaded) return;
-  if (state != kIdle && !settle()) return;
+  if (state == kLoaded) {
+    if (_charge) takeCharge();
+    return;
+  }
+  if (state != kIdle && !settle()) {
+    if (_charge) takeCharge();
+    return;
+  }
   if (_fromFile) readWholeFile(_fileName, _text, _size);
   _state.store(kLoaded, std::memory_order_relaxed);
 }
@@ -251,6 +296,7 @@ void ZELFileBuffer::destroy() {
   // The reader must not be left holding it.
   const int state = _state.load(std::memory_order_acquire);
   if (state == kQueued || state == kReading) settle();
+  if (_charge) takeCharge();
   delete this;
 }
 
@@ -262,5 +308,13 @@ void ZELFileBufferPool::append(ZELFileBuffer* buffer) {
 }
 
 void ZELFileBufferPool::disableMultiThread() { gMultiThreadDisabled = true; }
+
+const size_t ZELFileBufferPool::kReadAheadBudget = ZELFileReader::kAheadBudget;
+
+size_t ZELFileBufferPool::bytesReadAhead() {
+  ZELFileReader& reader = ZELFileReader::instance();
+  std::lock_guard<std::mutex> lock(reader.mutex);
+  return reader.aheadBytes;
+}
 
 int ZELFileBufferPool::isMultiThreadDisabled() { return gMultiThreadDisabled ? 1 : 0; }

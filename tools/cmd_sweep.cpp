@@ -412,16 +412,16 @@ int run(const std::vector<std::string>& args) {
   Progress progress(options.files.size());
   long long rssFirst = 0;
   const auto start = std::chrono::steady_clock::now();
-  // The next few files are read ahead by the buffer pool's reader while this
-  // one is processed, as the symbol table does with a file's includes. They
-  // are queued a batch at a time, so that the idle reader is woken once per
-  // batch rather than once per file.
-  const size_t kAhead = 8;
+  // The next files are read ahead by the buffer pool's reader while this one
+  // is processed, as the symbol table does with a file's includes. They are
+  // queued a large batch at a time: the reader outruns this loop and sleeps
+  // when its queue is empty, and a wake-up costs more than a small file.
+  const size_t kAhead = 256;
   ZELFileBufferPool pool;
   std::deque<ZELFileBuffer*> ahead;
   size_t queued = 0;
   for (size_t i = 0; i < options.files.size(); ++i) {
-    if (ahead.size() < 2) {
+    if (ahead.size() <= kAhead / 2) {
       while (queued < options.files.size() && ahead.size() < kAhead) {
         ahead.push_back(ZELFileBuffer::CreateFromFile(options.files[queued++].c_str()));
         pool.append(ahead.back());

@@ -14,6 +14,7 @@
 #define ZEL_FILE_BUFFER_H
 
 #include <atomic>
+#include <cstddef>
 #include <string>
 #include <vector>
 #include "vnxExport.h"
@@ -51,11 +52,16 @@ class VNX_EXPORT ZELFileBuffer {
   // Takes the buffer back from the reader: out of its queue, or waited for.
   // Returns whether the caller must still read the file.
   bool settle();
+  // Gives the bytes the reader read for this buffer back to its budget.
+  void takeCharge();
 
   std::string _fileName;
   char* _text = nullptr;
   unsigned int _size = 0;
   bool _fromFile = false;
+  // Bytes the reader read for this buffer that still count against its
+  // budget; set by the reader before kLoaded, cleared by the owner.
+  unsigned int _charge = 0;
   // Written by the reader thread under its lock; read without it only once
   // kLoaded has been seen.
   std::atomic<int> _state{kIdle};
@@ -71,6 +77,11 @@ class VNX_EXPORT ZELFileBufferPool {
   void reset() { _buffers.clear(); }
   // Process-wide: stop reading ahead; buffers read themselves on first need.
   static void disableMultiThread();
+  // Process-wide: how far the reader may run ahead of the buffers' owners, in
+  // bytes it has read that they have not taken (asked for or destroyed) yet.
+  // Past it, the reader pauses until half is taken.
+  static const size_t kReadAheadBudget;
+  static size_t bytesReadAhead();
   static int isMultiThreadDisabled();
 
  private:

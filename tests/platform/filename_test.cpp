@@ -1,10 +1,12 @@
 // Files: names, include resolution, and whole-file buffers with reading ahead.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <sys/stat.h>
@@ -194,6 +196,37 @@ TEST(PlatformFileBuffer, ReadAheadGivesEachBufferItsOwnTextWhateverTheTiming) {
       buffers[i]->destroy();
     }
   }
+}
+
+// Texts read ahead and not yet taken stay within the budget (plus the file
+// being read when it was reached); taking or dropping them gives it back, so
+// the reader goes on and the budget is whole again at the end.
+TEST(PlatformFileBuffer, ReadAheadPausesAtItsBudgetAndResumesAsTextsAreTaken) {
+  if (ZELFileBufferPool::isMultiThreadDisabled()) GTEST_SKIP() << "multi-threading already disabled";
+  ScratchDir dir;
+  const size_t kFile = size_t(1) << 20;
+  const int files = static_cast<int>(3 * ZELFileBufferPool::kReadAheadBudget / kFile);
+  std::vector<std::string> names;
+  for (int i = 0; i < files; ++i) names.push_back(dir.file("big" + std::to_string(i) + ".h", std::string(kFile, static_cast<char>('a' + i % 26))));
+  ASSERT_EQ(0u, ZELFileBufferPool::bytesReadAhead());
+  ZELFileBufferPool pool;
+  std::vector<ZELFileBuffer*> buffers;
+  for (const std::string& name : names) buffers.push_back(ZELFileBuffer::CreateFromFile(name.c_str())), pool.append(buffers.back());
+  // Wait until the reader stops: paused at the budget, having read some.
+  size_t ahead = 0;
+  for (int still = 0, polls = 0; still < 10 && polls < 2000; ++polls) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    const size_t now = ZELFileBufferPool::bytesReadAhead();
+    still = now == ahead && now > 0 ? still + 1 : 0;
+    ahead = now;
+  }
+  EXPECT_GE(ahead, ZELFileBufferPool::kReadAheadBudget);
+  EXPECT_LE(ahead, ZELFileBufferPool::kReadAheadBudget + kFile);
+  for (int i = 0; i < files; ++i) {
+    if (i % 3 != 1) { EXPECT_EQ(std::string(kFile, static_cast<char>('a' + i % 26)), contentOf(buffers[i])) << i; }
+    buffers[i]->destroy();
+  }
+  EXPECT_EQ(0u, ZELFileBufferPool::bytesReadAhead());
 }
 
 // Without the reader thread a buffer is read on first need: a file removed before is unreadable.
