@@ -416,7 +416,7 @@ int run(const std::vector<std::string>& args) {
   // is processed, as the symbol table does with a file's includes. They are
   // queued a large batch at a time: the reader outruns this loop and sleeps
   // when its queue is empty, and a wake-up costs more than a small file.
-  const size_t kAhead = 256;
+  const size_t kAhead = 4096;
   ZELFileBufferPool pool;
   std::deque<ZELFileBuffer*> ahead;
   size_t queued = 0;
