@@ -67,6 +67,9 @@ class VNX_EXPORT vnxPreproConditionalGroup : public TARefCounter {
   ~vnxPreproConditionalGroup() override;
 
  private:
+  // The pass hands the directives over to the file without a list between.
+  friend class vnxPreprocessor;
+
   explicit vnxPreproConditionalGroup(vnxSourceFile* source);
 
   // 0 when the directives up to an #endif were read, 1 otherwise.

@@ -128,13 +128,13 @@ class VNX_EXPORT vnxSourceFile : public TACallbackPublisher, public TARefCounter
   int _rawSize = 0;
   vnxLineIndex* _lineIndex = nullptr;  // of the raw text; null before the pass
   int* _positionMap = nullptr;
-  ZELListPtr<vnxComment>* _commentList = nullptr;
+  ZELListPtr<vnxComment> _commentList;
   // Comments are appended as they come and put in order when the list is
   // read: dead branches arrive at position 0 after everything before them.
   bool _commentsUnsorted = false;
   int _lastCommentPosition = 0;
-  ZELListPtr<vnxZELPreproDirective>* _directiveList = nullptr;
-  ZELListPtr<vnxPreproConditionalGroup>* _conditionalGroupList = nullptr;
+  ZELListPtr<vnxZELPreproDirective> _directiveList;
+  ZELListPtr<vnxPreproConditionalGroup> _conditionalGroupList;
   ZELString _name;
   mutable ZELString _errMsg;
   vnxSymbolTable* _symbolTable = nullptr;

@@ -60,7 +60,10 @@ ZELListVal<vnxToken>& ZELListVal<vnxToken>::operator=(const ZELListVal& other) {
   return *this;
 }
 
-ZELListVal<vnxToken>::~ZELListVal() { RemoveAll(); }
+// The collection frees its own storage: only the tokens go back.
+ZELListVal<vnxToken>::~ZELListVal() {
+  for (int pos = Size(); pos >= 1; --pos) tokenSlots().give(at(pos));
+}
 
 void ZELListVal<vnxToken>::Append(const vnxToken& token) { _tokens.Append(new (tokenSlots().take()) vnxToken(token)); }
 
@@ -94,6 +97,9 @@ void ZELListVal<vnxToken>::RemovePosition(int pos) {
 }
 
 void ZELListVal<vnxToken>::RemoveAll(ZELCollec::MemoryHandling handling) {
+  // Most lists emptied are empty already (a directive's condition before it
+  // is read): they skip the collection's call.
+  if (Size() == 0) return;
   for (int pos = Size(); pos >= 1; --pos) tokenSlots().give(at(pos));
   _tokens.RemoveAll(handling);
 }

@@ -95,6 +95,18 @@ class vnxBranchMemo {
     _blanked.clear();
   }
 
+  // Trades the entry and stretch tables with other's (both empty): a pass
+  // takes over tables kept from an earlier one instead of allocating and
+  // filling its own for every file.
+  void swapTables(vnxBranchMemo& other) {
+    _ends.swap(other._ends);
+    _blanked.swap(other._blanked);
+  }
+
+  // Whether the tables are small enough to be kept between passes (a huge
+  // file's would stay in memory for nothing).
+  bool tablesKeepable() const { return _ends.capacity() <= kKeptSlots && _blanked.capacity() <= kKeptSlots; }
+
   // The memo of the pass running on this thread, or null outside a pass.
   static vnxBranchMemo*& current() {
     static thread_local vnxBranchMemo* memo = nullptr;
@@ -102,6 +114,7 @@ class vnxBranchMemo {
   }
 
  private:
+  enum { kKeptSlots = 4096 };
   const char* _text = nullptr;
   int _delta = 0;
   int _rawFrom = 0;
@@ -129,6 +142,12 @@ class vnxBranchMemo {
       const Slot& slot = _slots[indexOf(key)];
       return slot.key < 0 ? -1 : slot.value;
     }
+    void swap(Ends& other) {
+      _slots.swap(other._slots);
+      _used.swap(other._used);
+      std::swap(_count, other._count);
+    }
+    std::size_t capacity() const { return _slots.size(); }
     // Empties the slots in use only: a pass may clear often.
     void clear() {
       for (const std::size_t i : _used) _slots[i].key = -1;

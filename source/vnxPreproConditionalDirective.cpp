@@ -403,8 +403,12 @@ namespace {
 // Answers the count of tokens (the newline not counted), or -1 when the text
 // holds anything else or more than room tokens; then the tokenizer reads it.
 // Where the tokenizer stops (at its size, or at a NUL before it), so does
-// this.
-int readPlainDirective(const char* text, int size, vnxToken* tokens, int room) {
+// this. The tokens are kept as spans: only the condition's become tokens.
+struct PlainSpan {
+  int start;
+  int length;
+};
+int readPlainDirective(const char* text, int size, PlainSpan* tokens, int room) {
   int count = 0;
   int cursor = 0;
   while (cursor < size && text[cursor] != '\0') {
@@ -413,16 +417,14 @@ int readPlainDirective(const char* text, int size, vnxToken* tokens, int room) {
     const char c = text[pos];
     if (c == '\0' || c == '\n') return count;
     if (count == room) return -1;
+    // The first token is the hash, every other one an identifier.
     int length = 1;
-    int kind = vnxToken::kIdentifier;
-    if (c == '#' && count == 0 && text[pos + 1] != '#') {
-      kind = vnxToken::kHash;
-    } else if (vnxchar::isIdentHead(c) && count > 0) {
+    const bool hash = c == '#' && count == 0 && text[pos + 1] != '#';
+    if (!hash) {
+      if (!vnxchar::isIdentHead(c) || count == 0) return -1;
       while (vnxchar::isIdentBody(text[pos + length])) ++length;
-    } else {
-      return -1;
     }
-    tokens[count++] = vnxToken(text + pos, static_cast<unsigned int>(length), kind);
+    tokens[count++] = PlainSpan{pos, length};
     cursor = pos + length;
   }
   return count;
@@ -434,14 +436,16 @@ int readPlainDirective(const char* text, int size, vnxToken* tokens, int room) {
 // (continued) line, are the condition. The tokens point into the directive's
 // own copy of its text.
 int vnxPreproDirectiveConditional::readKeywordAndCondition(int& keywordEnd) {
-  vnxToken plain[8];
+  PlainSpan plain[8];
   const int count = readPlainDirective(_preproString, _preproStringSize, plain, 8);
   if (count >= 0) {
     if (count < 2) return 1;
-    _preproConditionalType = keywordType(plain[1].getStart(), plain[1].getLength());
+    _preproConditionalType = keywordType(_preproString + plain[1].start, static_cast<size_t>(plain[1].length));
     if (_preproConditionalType == NotConditional) return 1;
-    keywordEnd = static_cast<int>(plain[1].getStart() - _preproString + plain[1].getLength());
-    for (int k = 2; k < count; ++k) _controlCondition.Append(plain[k]);
+    keywordEnd = plain[1].start + plain[1].length;
+    for (int k = 2; k < count; ++k)
+      _controlCondition.Append(
+          vnxToken(_preproString + plain[k].start, static_cast<unsigned int>(plain[k].length), vnxToken::kIdentifier));
     return 0;
   }
   vnxTokenizer tokenizer(_preproString, static_cast<unsigned int>(_preproStringSize));

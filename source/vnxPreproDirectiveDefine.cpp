@@ -4,6 +4,7 @@
 #include "platform/TAPool.h"
 #include "source/vnxCommentScan.h"
 #include "source/vnxDiag.h"
+#include "source/vnxTextStore.h"
 #include "vnxPreproDirectiveDefineFunction.h"
 #include "vnxPreproDirectiveDefineSimple.h"
 #include "vnxSourceFile.h"
@@ -111,7 +112,7 @@ vnxPreproDirectiveDefineSimple::vnxPreproDirectiveDefineSimple(vnxSourceFile* so
 vnxPreproDirectiveDefineSimple::~vnxPreproDirectiveDefineSimple() { resetDefine(); }
 
 void vnxPreproDirectiveDefineSimple::resetDefine() {
-  std::free(_definedIdentifier);
+  if (_definedIdentifier) vnxtext::release(_definedIdentifier, std::strlen(_definedIdentifier) + 1);
   _definedIdentifier = nullptr;
   _replacementString = nullptr;
   _replacementTokens.RemoveAll();
@@ -148,7 +149,7 @@ int vnxPreproDirectiveDefineSimple::buildDefine() {
   if (name.begin < 0) return 1;
   if (!mayFollowName(text, name.end))
     vnxdiag::plain(ZELString(" !! define line contains an invalid character, check spelling (") + placeOf(*this));
-  _definedIdentifier = copyRange(text + name.begin, name.end - name.begin);
+  _definedIdentifier = vnxtext::copy(text + name.begin, name.end - name.begin);
   if (!_definedIdentifier) return 1;
   _replacementString = replacementFrom(text, name.end);
   return 0;
@@ -218,7 +219,7 @@ int vnxPreproDirectiveDefineFunction::buildDefine() {
   const char* text = _preproString;
   const NameSpan name = findDefinedName(text, _preproStringSize, kFunctionName);
   if (name.begin < 0) return 1;
-  _definedIdentifier = copyRange(text + name.begin, name.end - name.begin);
+  _definedIdentifier = vnxtext::copy(text + name.begin, name.end - name.begin);
   if (!_definedIdentifier) return 1;
   const ZELString warning = "  -> !! vnxPreproDirectiveDefineFunction::buildDefine, ";
   if (text[name.end] != '(') {

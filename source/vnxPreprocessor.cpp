@@ -155,11 +155,34 @@ int vnxSourceFile::preProcess() {
   return pass.run();
 }
 
-vnxPreprocessor::~vnxPreprocessor() { releaseWork(); }
+namespace {
+
+// The branch memo's tables, kept from one pass to the next like the working
+// copy: a small file's pass otherwise spends a good part of its time making
+// and filling them. Lent to one pass at a time; one thread only.
+struct MemoTables {
+  vnxBranchMemo tables;
+  bool lent = false;
+};
+MemoTables gMemoTables;
+
+}  // namespace
+
+vnxPreprocessor::vnxPreprocessor(vnxSourceFile& file) : _file(file), _parser(&file) {
+  if (gMemoTables.lent) return;
+  _branchMemo.swapTables(gMemoTables.tables);
+  gMemoTables.lent = _memoLent = true;
+}
+
+vnxPreprocessor::~vnxPreprocessor() {
+  releaseWork();
+  if (!_memoLent) return;
+  _branchMemo.clear();
+  if (_branchMemo.tablesKeepable()) _branchMemo.swapTables(gMemoTables.tables);
+  gMemoTables.lent = false;
+}
 
 void vnxPreprocessor::releaseWork() {
-  delete _parser;
-  _parser = nullptr;
   delete _expander;
   _expander = nullptr;
   if (_buffer) giveBack(gWorkScratch, _buffer, _workLent);
@@ -324,29 +347,38 @@ void vnxPreprocessor::setup(const char* raw, int rawSize) {
   std::memcpy(_work, raw, static_cast<size_t>(rawSize));
   _work[rawSize] = '\0';
   _workLength = rawSize;
-  _outCapacity = rawSize + kGrowth + 1;
+  // The output is rarely longer than the text (growOut makes room for what
+  // expansions add): a small file's output and map are then small blocks,
+  // which malloc serves from its caches, and finish need not shrink them.
+  _outCapacity = rawSize + rawSize / 16 + kSlackKept / 4 + 1;
   _out = static_cast<char*>(std::malloc(static_cast<size_t>(_outCapacity)));
   _map = static_cast<int*>(std::malloc(sizeof(int) * static_cast<size_t>(_outCapacity)));
   _macros = vnxmacro::findOccurrences(raw, rawSize);
   _macroDeleted.assign(_macros.size(), false);
   _cursor = 0;
   _cursorPosition = _macros.empty() ? -1 : _macros[0].position;
-  _parser = new vnxPreproDirectiveParser(&_file);
-  _expander = new vnxDefinePreproDirectiveExpander(&_file);
+  // Only macro occurrences need an expander (it copies the macro registry).
+  if (!_macros.empty()) _expander = new vnxDefinePreproDirectiveExpander(&_file);
 }
 
 void vnxPreprocessor::finish() {
   vnxSourceFile& f = _file;
-  delete _parser;
-  _parser = nullptr;
   ensureOut(1);
   _out[_outLength] = '\0';
   f._preProcessedStreamSize = _outLength;
   if (vnxResources::isPerfosMeasureActivated() && vnxSourceFile::perfoLineProcessed)
     vnxSourceFile::perfoLineProcessed->Add(f._lineIndex->lastLine());
-  // Shrink to what the stream needs; the pass's working room is released.
-  f._preProcessedStream = static_cast<char*>(std::realloc(_out, static_cast<size_t>(_outLength) + 1));
-  f._positionMap = static_cast<int*>(std::realloc(_map, sizeof(int) * (static_cast<size_t>(_outLength) + 1)));
+  // Shrink to what the stream needs when the pass left much room unused
+  // (comments and blanks removed, a large file's headroom). A little slack is
+  // kept: shrinking a small block splits it and leaves a fragment that the
+  // next file's allocations must work around.
+  const size_t needed = static_cast<size_t>(_outLength) + 1;
+  if (static_cast<size_t>(_outCapacity) > needed + needed / 8 + kSlackKept) {
+    _out = static_cast<char*>(std::realloc(_out, needed));
+    _map = static_cast<int*>(std::realloc(_map, sizeof(int) * needed));
+  }
+  f._preProcessedStream = _out;
+  f._positionMap = _map;
   _out = nullptr;
   _map = nullptr;
   f._positionMap[_outLength] = _outLength > 0 ? f._positionMap[_outLength - 1] : 0;
@@ -830,7 +862,7 @@ vnxPreprocessor::Next vnxPreprocessor::handleDirective(int& i) {
   }
   const int r = rawPosition(i);
   const Place place = placeOf(r);
-  vnxZELPreproDirective* directive = _parser->parse(_work, i, place.line, place.col, _outLength);
+  vnxZELPreproDirective* directive = _parser.parse(_work, i, place.line, place.col, _outLength);
   if (!directive) return kContinue;
   const int end = directive->getPosOfPreproCharInRawStream(directive->getPreproStringSize() - 1);
   _file.addPreproDirective(directive);
@@ -850,8 +882,7 @@ vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
   if (!group) return kProceed;
 
   vnxPreproDirectiveConditional* selected = group->getSucceedingDirective();
-  ZELListPtr<vnxPreproDirectiveConditional> directives;
-  group->getConditionalDirectives(directives);
+  const ZELListPtr<vnxPreproDirectiveConditional>& directives = group->_directives;
   for (int k = 1; k <= directives.Size(); ++k) {
     vnxPreproDirectiveConditional* d = directives[k];
     if (d != selected && !d->isEmptyText()) {
@@ -867,7 +898,8 @@ vnxPreprocessor::Next vnxPreprocessor::handleConditionalGroup(int& i) {
         }
       }
     }
-    _file.addPreproDirective(d);  // takes over the reference the list gave
+    d->AddRef();
+    _file.addPreproDirective(d);  // takes over that reference
   }
   _file.addPreproConditionalGroup(group);
 

@@ -12,14 +12,14 @@
 
 #include "source/vnxBranchMemo.h"
 #include "source/vnxMacroRegistry.h"
+#include "source/vnxPreproDirectiveParser.h"
 
 class vnxSourceFile;
-class vnxPreproDirectiveParser;
 class vnxDefinePreproDirectiveExpander;
 
 class vnxPreprocessor {
  public:
-  explicit vnxPreprocessor(vnxSourceFile& file) : _file(file) {}
+  explicit vnxPreprocessor(vnxSourceFile& file);
   ~vnxPreprocessor();
   vnxPreprocessor(const vnxPreprocessor&) = delete;
   vnxPreprocessor& operator=(const vnxPreprocessor&) = delete;
@@ -30,7 +30,8 @@ class vnxPreprocessor {
  private:
   // kLookBehind: how far before the scan position the working text is still
   // read (a literal's opening quote, the character before a directive).
-  enum { kGrowth = 8192, kListMacroWindow = 1024, kLookBehind = 64 };
+  // kSlackKept: unused output entries a finished stream may keep.
+  enum { kGrowth = 8192, kListMacroWindow = 1024, kLookBehind = 64, kSlackKept = 64 };
 
   // What the handlers tell the scan loop.
   enum Next { kContinue, kProceed, kStop, kFail };
@@ -91,6 +92,7 @@ class vnxPreprocessor {
   int _foldOpen = -1;   // the opening brace it blanked
   int _rawFrom = 0;  // working positions from here on hold raw text (w - _delta)
   vnxBranchMemo _branchMemo;
+  bool _memoLent = false;  // its tables are the ones kept between passes
   bool _regionActive = false;
   int _regionPosition = 0;
   int _regionLength = 0;
@@ -102,7 +104,7 @@ class vnxPreprocessor {
   std::vector<bool> _macroDeleted;
   size_t _cursor = 0;
   int _cursorPosition = -1;
-  vnxPreproDirectiveParser* _parser = nullptr;
+  vnxPreproDirectiveParser _parser;
   vnxDefinePreproDirectiveExpander* _expander = nullptr;
 };
 

@@ -40,19 +40,16 @@ enum { kTypeDefineSimple = 1, kTypeDefineFunction = 2, kTypeInclude = 3 };
 int directiveType(vnxZELPreproDirective* d) { return static_cast<int>(d->getPreproType()); }
 
 template <class T>
-void releaseAll(ZELListPtr<T>*& list) {
-  if (!list) return;
-  for (int i = 1; i <= list->Size(); ++i)
-    if (T* element = (*list)[i]) element->Release();
-  delete list;
-  list = nullptr;
+void releaseAll(ZELListPtr<T>& list) {
+  for (int i = 1; i <= list.Size(); ++i)
+    if (T* element = list[i]) element->Release();
+  list.RemoveAll();
 }
 
 template <class T>
-void appendWithReference(ZELListPtr<T>* list, ZELListPtr<T>& out) {
-  if (!list) return;
-  for (int i = 1; i <= list->Size(); ++i) {
-    T* element = (*list)[i];
+void appendWithReference(const ZELListPtr<T>& list, ZELListPtr<T>& out) {
+  for (int i = 1; i <= list.Size(); ++i) {
+    T* element = list[i];
     if (!element) continue;
     element->AddRef();
     out.Append(element);
@@ -281,51 +278,48 @@ void vnxSourceFile::getPreproConditionalGroupList(ZELListPtr<vnxPreproConditiona
 
 void vnxSourceFile::addComment(vnxComment* comment) {
   if (!comment) return;
-  if (!_commentList) _commentList = new ZELListPtr<vnxComment>();
   // The raw position of its first character (-1 for an empty comment).
   const int position = comment->getCommentStringSize() > 0 ? comment->getBeginPosInRawStream() : -1;
-  if (_commentList->Size() > 0 && position < _lastCommentPosition) _commentsUnsorted = true;
+  if (_commentList.Size() > 0 && position < _lastCommentPosition) _commentsUnsorted = true;
   else _lastCommentPosition = position;
-  _commentList->Append(comment);
+  _commentList.Append(comment);
 }
 
 // A stable sort by first position gives the order of inserting each comment
 // after the last one that does not start after it.
 void vnxSourceFile::sortComments() {
-  if (!_commentsUnsorted || !_commentList) return;
+  if (!_commentsUnsorted || _commentList.Size() == 0) return;
   std::vector<std::pair<int, vnxComment*>> items;
-  items.reserve(static_cast<size_t>(_commentList->Size()));
-  for (int i = 1; i <= _commentList->Size(); ++i) {
-    vnxComment* c = (*_commentList)[i];
+  items.reserve(static_cast<size_t>(_commentList.Size()));
+  for (int i = 1; i <= _commentList.Size(); ++i) {
+    vnxComment* c = _commentList[i];
     items.emplace_back(c->getPosOfCommentCharInRawStream(0), c);
   }
   std::stable_sort(items.begin(), items.end(),
                    [](const std::pair<int, vnxComment*>& a, const std::pair<int, vnxComment*>& b) {
                      return a.first < b.first;
                    });
-  _commentList->RemoveAll(ZELCollec::KeepMemory);
-  for (const auto& item : items) _commentList->Append(item.second);
+  _commentList.RemoveAll(ZELCollec::KeepMemory);
+  for (const auto& item : items) _commentList.Append(item.second);
   _lastCommentPosition = items.back().first;
   _commentsUnsorted = false;
 }
 
 void vnxSourceFile::addPreproDirective(vnxZELPreproDirective* directive) {
   if (!directive) return;
-  if (!_directiveList) _directiveList = new ZELListPtr<vnxZELPreproDirective>();
-  _directiveList->Append(directive);
+  _directiveList.Append(directive);
 }
 
 vnxSourceFile::DirectiveIndex* vnxSourceFile::directiveIndex() {
-  if (!_directiveList) return nullptr;
+  if (_directiveList.Size() == 0) return nullptr;
   if (!_directiveIndex) _directiveIndex = new DirectiveIndex();
-  _directiveIndex->catchUp(*_directiveList);
+  _directiveIndex->catchUp(_directiveList);
   return _directiveIndex;
 }
 
 void vnxSourceFile::addPreproConditionalGroup(vnxPreproConditionalGroup* group) {
   if (!group) return;
-  if (!_conditionalGroupList) _conditionalGroupList = new ZELListPtr<vnxPreproConditionalGroup>();
-  _conditionalGroupList->Append(group);
+  _conditionalGroupList.Append(group);
 }
 
 // --- define look-up ----------------------------------------------------------
@@ -340,7 +334,7 @@ vnxZELPreproDirective* vnxSourceFile::getDefineDirective(const char* name) {
     DirectiveIndex* const index = directiveIndex();
     if (!index) return nullptr;
     const auto local = index->lastDefine.find(name);
-    return local == index->lastDefine.end() ? nullptr : (*_directiveList)[local->second];
+    return local == index->lastDefine.end() ? nullptr : _directiveList[local->second];
   }
   TAIndex visited;
   visited.Append(_name, nullptr);
@@ -357,7 +351,7 @@ vnxZELPreproDirective* vnxSourceFile::searchDefine(const char* name, TAIndex& vi
   const int localPosition = local == index->lastDefine.end() ? 0 : local->second;
   const std::vector<int>& includes = index->includes;
   for (auto it = includes.rbegin(); it != includes.rend() && *it > localPosition; ++it) {
-    auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[*it]);
+    auto* include = static_cast<vnxPreproDirectiveInclude*>(_directiveList[*it]);
     const char* includeName = include->getIncludeString();
     if (!includeName || visited.IsIn(includeName) >= 0) continue;
     visited.Append(includeName, nullptr);
@@ -365,7 +359,7 @@ vnxZELPreproDirective* vnxSourceFile::searchDefine(const char* name, TAIndex& vi
       if (vnxZELPreproDirective* found = included->searchDefine(name, visited)) return found;
     }
   }
-  return localPosition ? (*_directiveList)[localPosition] : nullptr;
+  return localPosition ? _directiveList[localPosition] : nullptr;
 }
 
 // Included files are reached through the symbol table that loaded this file;
@@ -395,7 +389,7 @@ void vnxSourceFile::getIncludeList(ZELListVal<ZELString>& out) {
   DirectiveIndex* const index = directiveIndex();
   if (!index) return;
   for (int position : index->includes) {
-    auto* include = static_cast<vnxPreproDirectiveInclude*>((*_directiveList)[position]);
+    auto* include = static_cast<vnxPreproDirectiveInclude*>(_directiveList[position]);
     if (const char* name = include->getIncludeString()) out.Append(name);
   }
 }

@@ -217,6 +217,50 @@ TEST(ConditionalGroup, BranchesReadInsideThePassAreThoseOfAFreshWalk) {
   }
 }
 
+// What a pass over text leaves: its status, messages, stream, position map and every conditional branch.
+std::string passOf(const std::string& text) {
+  vnxSourceFile* source = new vnxSourceFile(text.c_str(), nullptr, TAFileName());
+  std::string seen;
+  {
+    StreamCapture capture;
+    seen = std::to_string(source->preProcess()) + "|" + capture.text() + "|";
+  }
+  if (source->GetStream()) seen.append(source->GetStream(), static_cast<size_t>(source->GetSize()));
+  for (int k = 0; source->getPositionMap() && k <= source->GetSize(); ++k)
+    seen += " " + std::to_string(source->getPositionMap()[k]);
+  ZELListPtr<vnxZELPreproDirective> directives;
+  source->getPreproDirectiveList(directives);
+  for (int k = 1; k <= directives.Size(); ++k) {
+    if (directives[k]->getPreproType() == vnxZELPreproDirective::Conditional)
+      seen += "|" + branchOf(static_cast<Directive*>(directives[k]));
+    directives[k]->Release();
+  }
+  source->Release();
+  return seen;
+}
+
+TEST(ConditionalGroup, AFileGivesTheSamePassAfterAnyOtherFile) {
+  // The probe's walks start at the same newlines as those of the first file below, and end elsewhere.
+  const std::string probe = "#ifndef X\n#ifndef Y\nint a; int bb; int ccc;\n#else\nb;\n#endif\n#endif\nz;\n";
+  std::string many;  // more remembered branch ends than the pass keeps tables for
+  for (int k = 0; k < 3000; ++k) many += "#ifdef A\n#ifdef B\nx;\n#endif\n#endif\n";
+  std::string blanked = "#if 0\n";  // a dead branch blanked ahead of the scan
+  for (int k = 0; k < 200; ++k) blanked += "#ifdef C\ny;\n#endif\n";
+  blanked += "#else\nw;\n#endif\n";
+  const std::vector<std::string> firsts = {
+      "", "#ifndef X\nint a;\n#endif\n", "#ifndef X\n#ifndef Y\nint a;\n#endif\n#endif\n", many, blanked,
+      "#ifdef X\nint a;\n",                 // a group without its #endif
+      "#ifdef X\nZELLISTP(const X) l;\n#endif\n",  // a pass that aborts
+      std::string(5000, ' ') + "\n#ifdef X\n#endif\n",
+  };
+  StreamCapture quiet;
+  const std::string alone = passOf(probe);
+  for (const std::string& first : firsts) {
+    passOf(first);
+    EXPECT_EQ(alone, passOf(probe)) << "after: " << first.substr(0, 60);
+  }
+}
+
 TEST(ConditionalDump, AGroupDumpsItsDirectivesBetweenTheFrenchBanners) {
   const std::string text = "#if defined(A) || B\nx\n#else // other\ny\n#endif\n";
   vnxPreproConditionalGroup* group = vnxPreproConditionalGroup::create(nullptr, text.c_str(), 0, 1, 1, 0);
