@@ -154,13 +154,16 @@ bool readWholeFile(const std::string& name, char*& textOut, unsigned int& sizeOu
 // so the reader should run far ahead rather than be woken file by file.
 struct ZELFileReader {
   static constexpr size_t kAheadBudget = size_t(4) << 20;
-  static_assert(kAheadBudget > 0, "the reader must be able to read something");
 
   std::mutex mutex;
   std::condition_variable queued;  // the thread waits here for work
   std::condition_variable loaded;  // the caller waits here for a buffer being read
   std::condition_variable room;    // the thread waits here while too much is read ahead
+  // Buffers to read, in order; a slot whose buffer was taken back is null.
+  // Slot k holds the buffer numbered frontNumber + k, so a buffer finds its
+  // slot at once, wherever it stands in a long queue.
   std::deque<ZELFileBuffer*> queue;
+  unsigned long long frontNumber = 0;
   std::thread thread;
   size_t aheadBytes = 0;  // read by the thread, not yet taken by the owners
   bool pausing = false;   // the thread waits for room
@@ -187,10 +190,16 @@ struct ZELFileReader {
       std::lock_guard<std::mutex> lock(mutex);
       buffer->_state.store(ZELFileBuffer::kQueued, std::memory_order_relaxed);
       wake = queue.empty();  // only then may the thread be asleep for want of work
+      buffer->_queueNumber = frontNumber + queue.size();
       queue.push_back(buffer);
       if (!thread.joinable()) thread = std::thread([this] { run(); });
     }
     if (wake) queued.notify_one();
+  }
+
+  void popFront() {
+    queue.pop_front();
+    ++frontNumber;
   }
 
   // The owner has taken (or dropped) a text the thread read: its bytes leave
@@ -210,6 +219,10 @@ struct ZELFileReader {
     for (;;) {
       queued.wait(lock, [this] { return stopping || !queue.empty(); });
       if (stopping) return;
+      if (!queue.front()) {  // taken back by its owner
+        popFront();
+        continue;
+      }
       if (aheadBytes >= kAheadBudget) {
         // The buffers stay queued while the thread pauses, so that an owner
         // asking for one reads it at once instead of waiting.
@@ -219,7 +232,7 @@ struct ZELFileReader {
         continue;
       }
       ZELFileBuffer* buffer = queue.front();
-      queue.pop_front();
+      popFront();
       buffer->_state.store(ZELFileBuffer::kReading, std::memory_order_relaxed);
       lock.unlock();
       // The name never changes and the buffer cannot die while it is being
@@ -242,14 +255,8 @@ bool ZELFileBuffer::settle() {
   ZELFileReader& reader = ZELFileReader::instance();
   std::unique_lock<std::mutex> lock(reader.mutex);
   if (_state.load(std::memory_order_relaxed) == kQueued) {
-    // Not taken yet: the caller reads it now rather than wait its turn. The
-    // queue holds a few buffers at most, the wanted one usually first.
-    for (auto it = reader.queue.begin(); it != reader.queue.end(); ++it) {
-      if (*it == this) {
-        reader.queue.erase(it);
-        break;
-      }
-    }
+    // Not taken yet: the caller reads it now rather than wait its turn.
+    reader.queue[static_cast<size_t>(_queueNumber - reader.frontNumber)] = nullptr;
     _state.store(kIdle, std::memory_order_relaxed);
     return true;
   }
@@ -264,17 +271,14 @@ void ZELFileBuffer::takeCharge() {
 }
 
 void ZELFileBuffer::load() {
-  int state = _state.load(std::memory_order_acquire);
-  if (state == kLoaded) {
-    if (_charge) takeCharge();
-    return;
+  const int state = _state.load(std::memory_order_acquire);
+  // Not loaded yet, and not left to the reader (settle false: it has read it).
+  if (state != kLoaded && (state == kIdle || settle())) {
+    if (_fromFile) readWholeFile(_fileName, _text, _size);
+    _state.store(kLoaded, std::memory_order_relaxed);
   }
-  if (state != kIdle && !settle()) {
-    if (_charge) takeCharge();
-    return;
-  }
-  if (_fromFile) readWholeFile(_fileName, _text, _size);
-  _state.store(kLoaded, std::memory_order_relaxed);
+  // A text the reader read leaves its budget when first asked for.
+  if (_charge) takeCharge();
 }
 
 const char* ZELFileBuffer::getBuffer() {

@@ -143,8 +143,8 @@ vnxSyntaxe& vnxSyntaxe::operator=(const vnxSyntaxe& other) = default;
 void vnxSyntaxe::Append(vnxSyntaxe* child) {
   if (!child) return;
   if (_childCount >= _childCapacity) {
-    // Growing by a fixed step keeps small nodes small; realloc lets the
-    // allocator extend big arrays in place.
+    // Growing by a fixed step keeps small nodes small; the arrays behind
+    // the capacity are recycled or grown in powers of two (ChildArrays).
     const int capacity = _childCapacity + 5;
     vnxSyntaxe** grown = gChildArrays.grow(_childArray, _childCapacity, capacity);
     if (__builtin_expect(!grown, 0)) {

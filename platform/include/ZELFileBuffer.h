@@ -62,6 +62,8 @@ class VNX_EXPORT ZELFileBuffer {
   // Bytes the reader read for this buffer that still count against its
   // budget; set by the reader before kLoaded, cleared by the owner.
   unsigned int _charge = 0;
+  // Its number in the reader's queue while it is queued.
+  unsigned long long _queueNumber = 0;
   // Written by the reader thread under its lock; read without it only once
   // kLoaded has been seen.
   std::atomic<int> _state{kIdle};
